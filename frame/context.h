@@ -1,0 +1,93 @@
+#pragma once
+// The program context: what the Windows design keeps in module variables lives here, one
+// object per program run, passed by reference. Tests make as many as they like.
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <typeindex>
+#include <unordered_map>
+#include <vector>
+
+#include "frame/clock.h"
+#include "frame/errors.h"
+#include "frame/flag.h"
+#include "frame/host.h"
+#include "frame/options.h"
+#include "frame/regional.h"
+
+namespace qumbrel {
+
+// Event log entries (syslog on Linux). Type 1 success, 2 information, 3 warning, 4 error.
+class EventLogBackend {
+public:
+    virtual ~EventLogBackend() = default;
+    virtual void report(std::string_view source, int type, std::uint32_t eventId,
+                        std::string_view text) = 0;
+};
+
+// Set by Main from the command line; read everywhere.
+struct RunFlags {
+    Flag bStartsFromService = kFalse;
+    Flag bDebug = kFalse;
+    Flag bFda = kFalse;
+    Flag bConfiguration = kFalse;
+    Flag bNoSplash = kFalse;
+    Flag bHasCommandTokens = kFalse;
+    std::string strSourceFile;
+    std::string strTargetName;
+    std::string strSubfolder;
+    std::string strOptionFile;
+    std::string strRegisterFile;
+    std::string strListSeparator;
+    std::string strDecimalSymbol;
+    std::string strThousandSeparator;
+    std::string strDateSeparator;
+    std::string strTimeSeparator;
+    std::vector<std::string> vCommandTokens;
+    bool quiet = false;  // --quiet: the headless status list is not up
+};
+
+struct ProgramInfo {
+    std::filesystem::path folder;  // program folder: option file, logs, register, languages
+    std::string baseName = "qumbrel";
+    int major = 1, minor = 0, revision = 0;
+
+    std::string version_text() const;  // "Version: 1.0.0"
+    std::string program_name() const;  // "qumbrel 1.0.0"
+};
+
+class Program {
+public:
+    Program(ProgramInfo info, Host& host, Clock& clock, EventLogBackend& eventLog,
+            clsRegionalSettings regional);
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    ProgramInfo info;
+    Host& host;
+    Clock& clock;
+    EventLogBackend& eventLog;
+    clsRegionalSettings regional;
+
+    RunFlags run;
+    Options opt;
+    ErrState err;  // the current error, as fkt_errorreport reads it
+
+    // Path of a file in the program folder.
+    std::string program_file(std::string_view name) const;
+
+    // State of a higher layer that lives for the whole run (file elements of the previous
+    // file, the generators' plain-time state, the value sink's field array, ...). Created
+    // on first use; each layer owns its own type.
+    template <class T>
+    T& state() {
+        auto& slot = states_[std::type_index(typeid(T))];
+        if (!slot) slot = std::make_shared<T>();
+        return *std::static_pointer_cast<T>(slot);
+    }
+
+private:
+    std::unordered_map<std::type_index, std::shared_ptr<void>> states_;
+};
+
+}  // namespace qumbrel

@@ -1,0 +1,42 @@
+#pragma once
+// VB-style formatting and conversion: Format with digit and date patterns, CStr of a
+// double, Val, IsNumeric/CDbl under the regional rules, CInt/CLng with banker's rounding.
+// All locale-dependent results take the regional profile explicitly.
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "frame/datetime.h"
+#include "frame/regional.h"
+
+namespace qumbrel::vb {
+
+// Format(number, pattern): digit patterns ("00", "0.00 ms", "##0", ...), half away from
+// zero on the 15-digit decimal text; "." becomes the regional decimal symbol.
+std::string Format(double value, std::string_view pattern, const RegionalProfile& r);
+// Format(text, pattern): a numeric text is parsed under the regional rules and formatted;
+// a text that is not numeric comes back unchanged.
+std::string FormatText(std::string_view text, std::string_view pattern, const RegionalProfile& r);
+// Format(date, pattern): "Short Date", "Long Date", "Long Time", "Short Time",
+// "General Date", or user patterns ("ss", "dd.MM.yy", "yyyy/mm/dd hh:nn:ss", ...).
+std::string FormatDate(const DateTime& d, std::string_view pattern, const RegionalProfile& r);
+
+// CStr(double): 15 significant digits, no trailing zeros, exponent form like VB.
+std::string CStr(double value, const RegionalProfile& r);
+
+// Val(text): the leading number, "." only, blanks inside skipped, &H/&O.
+double Val(std::string_view text);
+
+// CDbl(text) under the regional rules; nullopt where VB raises error 13.
+std::optional<double> CDbl(std::string_view text, const RegionalProfile& r);
+bool IsNumeric(std::string_view text, const RegionalProfile& r);
+
+// CDate(text) under the regional rules; nullopt where VB raises error 13.
+std::optional<DateTime> CDate(std::string_view text, const RegionalProfile& r);
+
+// Banker's rounding; throw VbError 6 (overflow) outside the type's range.
+std::int16_t CInt(double value);
+std::int32_t CLng(double value);
+
+}  // namespace qumbrel::vb
