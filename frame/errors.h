@@ -41,7 +41,7 @@ struct ErrState {
 // A run-time error with a number of its own meaning (53 file not found, 6 overflow, ...).
 class VbError : public std::runtime_error {
 public:
-    VbError(std::int32_t number, std::string description, std::string source = "Qumbrel")
+    VbError(std::int32_t number, std::string description, std::string source = {})
         : std::runtime_error(description),
           number_(number),
           source_(std::move(source)),

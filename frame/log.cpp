@@ -48,7 +48,7 @@ ErrState classify_current_exception(const Program& ctx) {
         throw;
     } catch (const VbError& x) {
         e.number = x.number();
-        e.source = x.source();
+        if (!x.source().empty()) e.source = x.source();
         e.description = x.description();
     } catch (const std::bad_alloc&) {
         e.number = errnum::kOutOfMemory;
