@@ -1,0 +1,128 @@
+#pragma once
+// What the five C libraries share: the table of open handles, the mapped file behind a
+// handle, and the helpers that fill the caller's variables. Internal to the libraries.
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <string_view>
+#include <unordered_map>
+
+#include "recorder/abi/common.h"
+#include "reclib/civil.h"
+#include "reclib/parser.h"
+
+namespace qumbrel::reclib::capi {
+
+// A file mapped read-only, unmapped on destruction.
+class MappedFile {
+public:
+    MappedFile() = default;
+    MappedFile(const MappedFile&) = delete;
+    MappedFile& operator=(const MappedFile&) = delete;
+    ~MappedFile();
+    bool open(const char* path);
+    std::span<const std::uint8_t> bytes() const { return {data_, size_}; }
+
+private:
+    const std::uint8_t* data_ = nullptr;
+    std::size_t size_ = 0;
+};
+
+struct OpenFile {
+    MappedFile map;
+    ParsedFile parsed;
+};
+
+// The open handles of one library: at most abi::kMaxOpenHandles, numbered from 1, never 0.
+class HandleTable {
+public:
+    // Opens, parses and registers a file of `family`; the handle or a negative status.
+    std::int32_t open(const char* path, Family family);
+    std::shared_ptr<const OpenFile> get(std::int32_t handle) const;
+    bool close(std::int32_t handle);
+
+private:
+    mutable std::mutex mutex_;
+    std::unordered_map<std::int32_t, std::shared_ptr<const OpenFile>> files_;
+    std::int32_t next_ = 1;
+};
+
+// The table of the library this is linked into.
+HandleTable& handles();
+
+// An empty file: what a call on a bad handle reads, so every output becomes 0 or blank.
+const ParsedFile& no_file();
+
+// Fills the caller's variables; a null pointer is skipped.
+inline void put(std::int32_t* p, std::int32_t v) {
+    if (p) *p = v;
+}
+inline void put(std::int16_t* p, std::int32_t v) {
+    if (p) *p = static_cast<std::int16_t>(v < -32768 ? -32768 : (v > 32767 ? 32767 : v));
+}
+inline void put(double* p, double v) {
+    if (p) *p = v;
+}
+// A fixed-width field: the text's bytes, cut to `width`, zero padded, no terminator.
+inline void put(char* p, int width, std::string_view v) {
+    if (!p || width <= 0) return;
+    const std::size_t n = v.size() < static_cast<std::size_t>(width) ? v.size() : width;
+    std::memcpy(p, v.data(), n);
+    std::memset(p + n, 0, static_cast<std::size_t>(width) - n);
+}
+
+// Record `index` of a list, or an empty record (and *found false) when out of range.
+const Fields& record(const ParsedFile& p, std::string_view list, std::int32_t index,
+                     bool* found);
+
+// Header value with a fallback when the file does not hold it.
+std::int32_t start_seconds(const ParsedFile& p);
+std::int32_t start_ticks(const ParsedFile& p);
+std::int32_t stop_seconds(const ParsedFile& p);
+std::int32_t stop_ticks(const ParsedFile& p);
+std::int32_t meas_count(const ParsedFile& p);
+std::int32_t math_count(const ParsedFile& p);
+std::int32_t list_count(const ParsedFile& p, std::string_view list);
+std::int32_t sample_count(const ParsedFile& p);
+
+// The channel and series a sample position names: in an event file position p is
+// channel p; in a display file channel p / 2, series p % 2. `maxSeries` forces series 1.
+struct Position {
+    const ChannelView* channel = nullptr;
+    int series = 0;
+};
+Position resolve(const ParsedFile& p, std::int32_t position, bool maxSeries = false);
+
+// Copies samples start.. of a position into `out` (int16 saturates); the count copied.
+std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count,
+                          std::int16_t* out);
+std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count,
+                          std::int32_t* out);
+std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count,
+                          float* out);
+// Per-sample bytes (alarms or flags) of a channel.
+std::int32_t copy_bytes(const std::uint8_t* data, std::uint32_t size, std::int32_t start,
+                        std::int32_t count, std::uint8_t* out);
+// Sample times start.. into the two arrays; the count copied.
+std::int32_t copy_times(const ParsedFile& p, std::int32_t start, std::int32_t count,
+                        std::int32_t* seconds, std::int32_t* ticks);
+
+// The to-date-time function of every family.
+std::int32_t to_date_time(std::int32_t seconds, std::int32_t* year, std::int32_t* month,
+                          std::int32_t* day, std::int32_t* hour, std::int32_t* minute,
+                          std::int32_t* second);
+
+// Runs a C entry point's body; an exception becomes kErrArgument instead of crossing the
+// C boundary.
+template <class F>
+std::int32_t guarded(F&& body) noexcept {
+    try {
+        return body();
+    } catch (...) {
+        return abi::kErrArgument;
+    }
+}
+
+}  // namespace qumbrel::reclib::capi
