@@ -1,0 +1,195 @@
+// Real printing through the private CUPS server that scripts/test.d/cups.sh starts: a
+// three-line report on queue A in landscape and on queue B in portrait, found in the
+// queues' output folder; and the default printer the same afterwards as before.
+#include <cups/cups.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <chrono>
+#include <filesystem>
+#include <thread>
+
+#include "platform/cups/cups_printers.h"
+#include "tests/support/test_support.h"
+
+namespace qumbrel {
+namespace {
+
+namespace fs = std::filesystem;
+
+// The user's lpoptions live under $HOME: give this process a HOME of its own before
+// libcups first reads it.
+const std::string kHome = [] {
+    std::string tmpl = (fs::temp_directory_path() / "qumbrel-cups-home-XXXXXX").string();
+    if (::mkdtemp(tmpl.data())) ::setenv("HOME", tmpl.c_str(), 1);
+    return tmpl;
+}();
+
+const char* env(const char* name) {
+    const char* v = std::getenv(name);
+    return v && *v ? v : nullptr;
+}
+
+// Waits for the backend's output of the n-th job that reached `queue`.
+fs::path wait_for_output(const fs::path& out, const std::string& queue, std::size_t before) {
+    for (int i = 0; i < 300; ++i) {
+        std::vector<fs::path> found;
+        for (const auto& e : fs::directory_iterator(out)) {
+            const auto name = e.path().filename().string();
+            if (name.starts_with(queue + "-") && name.ends_with(".pdf")) found.push_back(e.path());
+        }
+        if (found.size() > before) {
+            std::sort(found.begin(), found.end());
+            return found.back();
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    return {};
+}
+
+std::size_t count_outputs(const fs::path& out, const std::string& queue) {
+    std::size_t n = 0;
+    for (const auto& e : fs::directory_iterator(out)) {
+        const auto name = e.path().filename().string();
+        n += name.starts_with(queue + "-") && name.ends_with(".pdf");
+    }
+    return n;
+}
+
+std::string run(const std::string& command) {
+    std::string output;
+    if (FILE* p = ::popen(command.c_str(), "r")) {
+        char buf[512];
+        while (std::size_t n = std::fread(buf, 1, sizeof buf, p)) output.append(buf, n);
+        ::pclose(p);
+    }
+    return output;
+}
+
+class CupsPrintTest : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        if (!env("CUPS_SERVER") || !env("QUMBREL_CUPS_OUT")) {
+            GTEST_SKIP() << "no private CUPS server (scripts/test.d/cups.sh starts one)";
+        }
+        out = env("QUMBREL_CUPS_OUT");
+        spool = fs::path(env("QUMBREL_CUPS_DIR") ? env("QUMBREL_CUPS_DIR") : "") / "spool";
+        testing::write_file(tp.dir.file("lang.lng"), "[MSG]\nprintfile=\"Printing \"\n");
+        tp->opt.language = tp.dir.file("lang.lng");
+        tp->state<PrintState>().system = make_cups_printer_system();
+    }
+    std::string error_log() { return testing::read_file(tp->program_file("error.log")); }
+
+    testing::TestProgram tp;
+    fs::path out, spool;
+    const std::string queueA = "qumbrel_test_a", queueB = "qumbrel_test_b";
+};
+
+TEST_F(CupsPrintTest, ListsTheQueues) {
+    const auto names = tp->state<PrintState>().system->printers();
+    EXPECT_NE(std::find(names.begin(), names.end(), queueA), names.end());
+    EXPECT_NE(std::find(names.begin(), names.end(), queueB), names.end());
+}
+
+TEST_F(CupsPrintTest, ThreeLineReportOnBothQueues) {
+    const std::string report = tp.dir.file("VT_0815.tmp");
+    testing::write_file(report, "Recorder;VT210;\r\nChannel;1;2;\r\n12.5;13;\r\n");
+    const auto& sys = tp->state<PrintState>().system;
+    const DefaultPrinter before = sys->default_printer();
+    const std::size_t beforeA = count_outputs(out, queueA), beforeB = count_outputs(out, queueB);
+
+    tp->opt.printfile = kTrue;
+    tp->opt.printfile2 = kTrue;
+    tp->opt.printer = queueA;
+    tp->opt.printer2 = queueB;
+    tp->opt.printerorientationland = -1;
+    PrintFile(*tp, report, 2);
+    PrintFile2(*tp, report, 1);
+    EXPECT_EQ(error_log(), "");
+
+    const fs::path a = wait_for_output(out, queueA, beforeA);
+    const fs::path b = wait_for_output(out, queueB, beforeB);
+    ASSERT_FALSE(a.empty()) << "queue A produced nothing";
+    ASSERT_FALSE(b.empty()) << "queue B produced nothing";
+    const auto options = [](fs::path p) {
+        return testing::read_file(p.replace_extension(".options"));
+    };
+    EXPECT_NE(options(a).find("orientation-requested=4"), std::string::npos) << options(a);
+    EXPECT_NE(options(b).find("orientation-requested=3"), std::string::npos) << options(b);
+    EXPECT_EQ(testing::read_file(a.string()).substr(0, 5), "%PDF-");
+
+    if (fs::exists("/usr/bin/pdfinfo")) {
+        const std::string infoA = run("/usr/bin/pdfinfo '" + a.string() + "'");
+        const std::string infoB = run("/usr/bin/pdfinfo '" + b.string() + "'");
+        EXPECT_NE(infoA.find("842 x 595"), std::string::npos) << infoA;
+        EXPECT_NE(infoA.find("Page rot:        270"), std::string::npos) << infoA;
+        EXPECT_NE(infoB.find("595 x 842"), std::string::npos) << infoB;
+        EXPECT_NE(infoB.find("Page rot:        0"), std::string::npos) << infoB;
+    }
+    // The spooled document is the report's lines as printed (the text filter embeds a
+    // font without a Unicode map, so the PDF's text cannot be read back).
+    std::size_t copies = 0;
+    if (fs::exists(spool)) {
+        for (const auto& e : fs::directory_iterator(spool)) {
+            if (e.path().filename().string().starts_with("d") &&
+                testing::read_file(e.path().string()) ==
+                    "Recorder;VT210;\nChannel;1;2;\n12.5;13;\n") {
+                ++copies;
+            }
+        }
+    }
+    EXPECT_GE(copies, 2u);
+    EXPECT_EQ(sys->default_printer().name, before.name);
+    EXPECT_EQ(sys->default_printer().userChosen, before.userChosen);
+}
+
+TEST_F(CupsPrintTest, UnknownPrinterPrintsNothingAndSaysNothing) {
+    const std::size_t beforeA = count_outputs(out, queueA);
+    tp->opt.printer = "qumbrel_no_such_queue";
+    PrintFile(*tp, tp.dir.file("x.tmp"), 1);
+    EXPECT_EQ(error_log(), "");
+    EXPECT_EQ(count_outputs(out, queueA), beforeA);
+}
+
+TEST_F(CupsPrintTest, SetDefaultChangesAndRestoresIt) {
+    const auto& sys = tp->state<PrintState>().system;
+    const DefaultPrinter before = sys->default_printer();
+    {
+        cSetDfltPrinter d(*tp);
+        d.SetPrinterAsDefault(queueB);
+        EXPECT_EQ(d.GetDefaultPrinter(), queueB);
+    }
+    EXPECT_EQ(sys->default_printer().name, before.name);
+    EXPECT_EQ(sys->default_printer().userChosen, before.userChosen);
+    // A default that came from the server is not pinned in the user's options.
+    const std::string lpoptions = testing::read_file(kHome + "/.cups/lpoptions");
+    if (!before.userChosen) {
+        EXPECT_EQ(lpoptions.find("Default"), std::string::npos) << lpoptions;
+    }
+
+    // The user's own choice comes back as it was.
+    sys->set_default(queueA);
+    {
+        cSetDfltPrinter d(*tp);
+        d.SetPrinterAsDefault(queueB);
+        EXPECT_EQ(sys->default_printer().name, queueB);
+    }
+    EXPECT_EQ(sys->default_printer().name, queueA);
+    EXPECT_TRUE(sys->default_printer().userChosen);
+    sys->clear_chosen_default();
+    EXPECT_EQ(sys->default_printer().name, before.name);
+    EXPECT_EQ(error_log(), "");
+}
+
+TEST_F(CupsPrintTest, ServiceDownIsLoggedNotFatal) {
+    cupsSetServer("127.0.0.1:1");  // nothing listens there
+    tp->opt.printer = queueA;
+    PrintFile(*tp, tp.dir.file("x.tmp"), 1);
+    cupsSetServer(nullptr);
+    const std::string log = error_log();
+    EXPECT_NE(log.find("PrintFile()"), std::string::npos) << log;
+    EXPECT_NE(log.find("not running"), std::string::npos) << log;
+}
+
+}  // namespace
+}  // namespace qumbrel
