@@ -16,11 +16,11 @@ MappedFile::~MappedFile() {
 bool MappedFile::open(const char* path) {
     const int fd = ::open(path, O_RDONLY | O_CLOEXEC);
     if (fd < 0) return false;
-    struct stat st{};
+    struct stat st {};
     bool ok = ::fstat(fd, &st) == 0 && S_ISREG(st.st_mode);
     if (ok && st.st_size > 0) {
-        void* p = ::mmap(nullptr, static_cast<std::size_t>(st.st_size), PROT_READ, MAP_PRIVATE,
-                         fd, 0);
+        void* p =
+            ::mmap(nullptr, static_cast<std::size_t>(st.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
         if (p == MAP_FAILED) {
             ok = false;
         } else {
@@ -77,8 +77,7 @@ const ParsedFile& no_file() {
     return empty;
 }
 
-const Fields& record(const ParsedFile& p, std::string_view list, std::int32_t index,
-                     bool* found) {
+const Fields& record(const ParsedFile& p, std::string_view list, std::int32_t index, bool* found) {
     static const Fields kEmpty;
     const auto& records = p.list(list);
     const bool ok = index >= 0 && static_cast<std::size_t>(index) < records.size();
@@ -86,10 +85,19 @@ const Fields& record(const ParsedFile& p, std::string_view list, std::int32_t in
     return ok ? records[static_cast<std::size_t>(index)] : kEmpty;
 }
 
+const ChannelView& channel_at(const ParsedFile& p, std::int32_t index, bool* found) {
+    static const ChannelView kNone;
+    const bool ok = index >= 0 && static_cast<std::size_t>(index) < p.channels.size();
+    if (found) *found = ok;
+    return ok ? p.channels[static_cast<std::size_t>(index)] : kNone;
+}
+
 std::int32_t start_seconds(const ParsedFile& p) {
     return p.header.i("startSeconds", p.second_at(0));
 }
-std::int32_t start_ticks(const ParsedFile& p) { return p.header.i("startTicks", p.tick_at(0)); }
+std::int32_t start_ticks(const ParsedFile& p) {
+    return p.header.i("startTicks", p.tick_at(0));
+}
 std::int32_t stop_seconds(const ParsedFile& p) {
     return p.header.i("stopSeconds", p.timeCount ? p.second_at(p.timeCount - 1) : 0);
 }
@@ -155,8 +163,7 @@ std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t c
     return copy_with(at, start, count, out,
                      [](const ChannelView& c, int s, std::uint32_t i) { return c.sample(s, i); });
 }
-std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count,
-                          float* out) {
+std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count, float* out) {
     return copy_with(at, start, count, out,
                      [](const ChannelView& c, int s, std::uint32_t i) { return c.fsample(s, i); });
 }

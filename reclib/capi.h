@@ -9,15 +9,15 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "recorder/abi/common.h"
 #include "reclib/civil.h"
 #include "reclib/parser.h"
+#include "recorder/abi/common.h"
 
 namespace qumbrel::reclib::capi {
 
 // A file mapped read-only, unmapped on destruction.
 class MappedFile {
-public:
+  public:
     MappedFile() = default;
     MappedFile(const MappedFile&) = delete;
     MappedFile& operator=(const MappedFile&) = delete;
@@ -25,7 +25,7 @@ public:
     bool open(const char* path);
     std::span<const std::uint8_t> bytes() const { return {data_, size_}; }
 
-private:
+  private:
     const std::uint8_t* data_ = nullptr;
     std::size_t size_ = 0;
 };
@@ -37,13 +37,13 @@ struct OpenFile {
 
 // The open handles of one library: at most abi::kMaxOpenHandles, numbered from 1, never 0.
 class HandleTable {
-public:
+  public:
     // Opens, parses and registers a file of `family`; the handle or a negative status.
     std::int32_t open(const char* path, Family family);
     std::shared_ptr<const OpenFile> get(std::int32_t handle) const;
     bool close(std::int32_t handle);
 
-private:
+  private:
     mutable std::mutex mutex_;
     std::unordered_map<std::int32_t, std::shared_ptr<const OpenFile>> files_;
     std::int32_t next_ = 1;
@@ -54,6 +54,22 @@ HandleTable& handles();
 
 // An empty file: what a call on a bad handle reads, so every output becomes 0 or blank.
 const ParsedFile& no_file();
+
+// What a call holds of its handle: the file, or the empty file for a bad handle.
+struct Handle {
+    std::shared_ptr<const OpenFile> file;
+    const ParsedFile& p() const { return file ? file->parsed : no_file(); }
+    std::int32_t status() const { return file ? abi::kOk : abi::kErrHandle; }
+    std::int32_t status(bool found) const {
+        return file ? (found ? abi::kOk : abi::kErrIndex) : abi::kErrHandle;
+    }
+};
+inline Handle lookup(std::int32_t handle) {
+    return {handles().get(handle)};
+}
+
+// Channel `index`, or an empty channel (and *found false).
+const ChannelView& channel_at(const ParsedFile& p, std::int32_t index, bool* found);
 
 // Fills the caller's variables; a null pointer is skipped.
 inline void put(std::int32_t* p, std::int32_t v) {
@@ -74,8 +90,7 @@ inline void put(char* p, int width, std::string_view v) {
 }
 
 // Record `index` of a list, or an empty record (and *found false) when out of range.
-const Fields& record(const ParsedFile& p, std::string_view list, std::int32_t index,
-                     bool* found);
+const Fields& record(const ParsedFile& p, std::string_view list, std::int32_t index, bool* found);
 
 // Header value with a fallback when the file does not hold it.
 std::int32_t start_seconds(const ParsedFile& p);
@@ -100,8 +115,7 @@ std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t c
                           std::int16_t* out);
 std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count,
                           std::int32_t* out);
-std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count,
-                          float* out);
+std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count, float* out);
 // Per-sample bytes (alarms or flags) of a channel.
 std::int32_t copy_bytes(const std::uint8_t* data, std::uint32_t size, std::int32_t start,
                         std::int32_t count, std::uint8_t* out);

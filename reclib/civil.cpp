@@ -32,9 +32,12 @@ CivilTime to_civil(std::int64_t seconds) {
     const std::int64_t d = doy - (153 * mp + 2) / 5 + 1;
     const std::int64_t m = mp < 10 ? mp + 3 : mp - 9;
     const std::int64_t y = yoe + era * 400 + (m <= 2);
-    return {static_cast<std::int32_t>(y), static_cast<std::int32_t>(m),
-            static_cast<std::int32_t>(d), static_cast<std::int32_t>(rest / 3600),
-            static_cast<std::int32_t>(rest / 60 % 60), static_cast<std::int32_t>(rest % 60)};
+    return {static_cast<std::int32_t>(y),
+            static_cast<std::int32_t>(m),
+            static_cast<std::int32_t>(d),
+            static_cast<std::int32_t>(rest / 3600),
+            static_cast<std::int32_t>(rest / 60 % 60),
+            static_cast<std::int32_t>(rest % 60)};
 }
 
 std::int64_t from_civil(const CivilTime& t) {

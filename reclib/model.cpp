@@ -67,11 +67,16 @@ std::int32_t ticks_per_second(Family family) {
 
 std::string_view family_name(Family family) {
     switch (family) {
-        case Family::VT: return "VT";
-        case Family::VU: return "VU";
-        case Family::VQ: return "VQ";
-        case Family::KL: return "KL";
-        case Family::HN: return "HN";
+        case Family::VT:
+            return "VT";
+        case Family::VU:
+            return "VU";
+        case Family::VQ:
+            return "VQ";
+        case Family::KL:
+            return "KL";
+        case Family::HN:
+            return "HN";
     }
     return "";
 }
@@ -91,11 +96,16 @@ bool parse_family(std::string_view text, Family& out) {
 std::string_view default_extension(Family family, Kind kind) {
     const bool display = kind == Kind::Display;
     switch (family) {
-        case Family::VT: return display ? ".ogd" : ".oge";
-        case Family::VU: return display ? ".osd" : ".ose";
-        case Family::VQ: return display ? ".obd" : ".obe";
-        case Family::KL: return kind == Kind::Event ? ".kle" : ".kld";
-        case Family::HN: return display ? ".hnd" : ".hns";
+        case Family::VT:
+            return display ? ".ogd" : ".oge";
+        case Family::VU:
+            return display ? ".osd" : ".ose";
+        case Family::VQ:
+            return display ? ".obd" : ".obe";
+        case Family::KL:
+            return kind == Kind::Event ? ".kle" : ".kld";
+        case Family::HN:
+            return display ? ".hnd" : ".hns";
     }
     return "";
 }

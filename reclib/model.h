@@ -35,7 +35,7 @@ using Value = std::variant<std::int32_t, double, std::string>;
 
 // Named values in the order they were first set; a name is unique.
 class Fields {
-public:
+  public:
     Fields& set(std::string_view name, std::int32_t v) { return put(name, Value{v}); }
     Fields& set(std::string_view name, double v) { return put(name, Value{v}); }
     Fields& set(std::string_view name, std::string v) { return put(name, Value{std::move(v)}); }
@@ -53,7 +53,7 @@ public:
     bool empty() const { return items_.empty(); }
     bool operator==(const Fields&) const = default;
 
-private:
+  private:
     std::vector<std::pair<std::string, Value>> items_;
 };
 

@@ -19,7 +19,7 @@ constexpr std::size_t kMaxLists = 256;
 
 // A read position in a byte range; every read is checked against the end.
 class Cursor {
-public:
+  public:
     Cursor(const std::uint8_t* p, std::size_t n) : p_(p), end_(p + n) {}
     std::size_t left() const { return static_cast<std::size_t>(end_ - p_); }
     bool ok() const { return ok_; }
@@ -51,7 +51,7 @@ public:
         return s;
     }
 
-private:
+  private:
     const std::uint8_t* p_;
     const std::uint8_t* end_;
     bool ok_ = true;
@@ -71,14 +71,19 @@ bool read_fields(Cursor& c, Fields& out) {
         const auto type = c.get<std::uint8_t>();
         if (!c.ok() || name.empty()) return false;
         switch (type) {
-            case format::kInt32: out.put(name, Value{c.get<std::int32_t>()}); break;
-            case format::kFloat64: out.put(name, Value{c.get<double>()}); break;
+            case format::kInt32:
+                out.put(name, Value{c.get<std::int32_t>()});
+                break;
+            case format::kFloat64:
+                out.put(name, Value{c.get<double>()});
+                break;
             case format::kText: {
                 const auto len = c.get<std::uint16_t>();
                 out.put(name, Value{c.text(len)});
                 break;
             }
-            default: return false;
+            default:
+                return false;
         }
     }
     return c.ok();
@@ -160,7 +165,8 @@ std::int32_t ChannelView::sample(int s, std::uint32_t i) const {
             std::memcpy(&v, data + at * 2, 2);
             return v;
         }
-        case DataType::Int32: return load_i32(data + at * 4);
+        case DataType::Int32:
+            return load_i32(data + at * 4);
         case DataType::Float32: {
             const float f = fsample(s, i);
             if (!(f > -2147483648.0f)) return f != f ? 0 : INT32_MIN;
@@ -220,10 +226,11 @@ ParseStatus parse(std::span<const std::uint8_t> bytes, ParsedFile& out) {
     out.kind = static_cast<Kind>(kind);
 
     const std::size_t available = bytes.size() - headerSize;
-    const std::size_t length = static_cast<std::size_t>(std::min<std::uint64_t>(bodyLength, available));
+    const std::size_t length =
+        static_cast<std::size_t>(std::min<std::uint64_t>(bodyLength, available));
     const std::uint8_t* body = bytes.data() + headerSize;
-    out.checksumOk = bodyLength == length &&
-                     ::crc32_z(::crc32_z(0L, Z_NULL, 0), body, length) == crc;
+    out.checksumOk =
+        bodyLength == length && ::crc32_z(::crc32_z(0L, Z_NULL, 0), body, length) == crc;
 
     bool sound = true;
     Cursor c(body, length);
@@ -238,12 +245,23 @@ ParseStatus parse(std::span<const std::uint8_t> bytes, ParsedFile& out) {
         c.skip(size);
         bool ok = true;
         switch (tag) {
-            case format::kTagHead: ok = read_fields(s, out.header); break;
-            case format::kTagList: ok = read_list(s, out); break;
-            case format::kTagTime: ok = read_time(s, out); break;
-            case format::kTagChannel: ok = read_channel(s, out); break;
-            case format::kTagBytes: ok = read_bytes(s, out); break;
-            default: break;  // a section of a newer minor version
+            case format::kTagHead:
+                ok = read_fields(s, out.header);
+                break;
+            case format::kTagList:
+                ok = read_list(s, out);
+                break;
+            case format::kTagTime:
+                ok = read_time(s, out);
+                break;
+            case format::kTagChannel:
+                ok = read_channel(s, out);
+                break;
+            case format::kTagBytes:
+                ok = read_bytes(s, out);
+                break;
+            default:
+                break;  // a section of a newer minor version
         }
         sound = sound && ok;
     }

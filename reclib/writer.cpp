@@ -19,7 +19,7 @@ namespace {
 
 // Where the encoded bytes go; the body's check sum is kept on the way.
 class Sink {
-public:
+  public:
     virtual ~Sink() = default;
     void body(const std::vector<std::uint8_t>& bytes) {
         crc_ = ::crc32_z(crc_, bytes.data(), bytes.size());
@@ -30,13 +30,13 @@ public:
     std::uint64_t length() const { return length_; }
     virtual void put(const std::uint8_t* data, std::size_t size) = 0;
 
-private:
+  private:
     uLong crc_ = ::crc32_z(0L, Z_NULL, 0);
     std::uint64_t length_ = 0;
 };
 
 class Bytes {
-public:
+  public:
     std::vector<std::uint8_t> b;
     void u8(std::uint8_t v) { b.push_back(v); }
     void u16(std::uint16_t v) { raw(&v, 2); }
@@ -58,8 +58,8 @@ static_assert(std::endian::native == std::endian::little, "the writer assumes li
 
 void put_name(Bytes& out, std::string_view name) {
     if (name.empty() || name.size() > format::kMaxNameLength) {
-        throw std::invalid_argument("field name must have 1 to 255 bytes: '" +
-                                    std::string(name) + "'");
+        throw std::invalid_argument("field name must have 1 to 255 bytes: '" + std::string(name) +
+                                    "'");
     }
     out.u8(static_cast<std::uint8_t>(name.size()));
     out.text(name);
@@ -131,8 +131,8 @@ void write_channel(Sink& sink, std::uint32_t index, const Channel& ch) {
             for (float x : f) s.f32(x);
         } else if (ch.type == DataType::Int16) {
             for (std::int32_t x : v) {
-                const auto y = static_cast<std::int16_t>(
-                    x < -32768 ? -32768 : (x > 32767 ? 32767 : x));
+                const auto y =
+                    static_cast<std::int16_t>(x < -32768 ? -32768 : (x > 32767 ? 32767 : x));
                 s.raw(&y, 2);
             }
         } else {
@@ -201,7 +201,7 @@ std::array<std::uint8_t, format::kHeaderSize> file_header(const RecorderFile& fi
 }
 
 class MemorySink : public Sink {
-public:
+  public:
     std::vector<std::uint8_t> out = std::vector<std::uint8_t>(format::kHeaderSize);
     void put(const std::uint8_t* data, std::size_t size) override {
         out.insert(out.end(), data, data + size);
@@ -213,14 +213,14 @@ struct FileCloser {
 };
 
 class FileSink : public Sink {
-public:
+  public:
     explicit FileSink(std::FILE* f) : f_(f) {}
     void put(const std::uint8_t* data, std::size_t size) override {
         if (ok && std::fwrite(data, 1, size, f_) != size) ok = false;
     }
     bool ok = true;
 
-private:
+  private:
     std::FILE* f_;
 };
 

@@ -9,14 +9,6 @@ namespace abi = qumbrel::abi;
 
 namespace {
 
-struct Handle {
-    std::shared_ptr<const OpenFile> file;
-    const ParsedFile& p() const { return file ? file->parsed : no_file(); }
-    std::int32_t status() const { return file ? abi::kOk : abi::kErrHandle; }
-};
-
-Handle lookup(std::int32_t handle) { return {handles().get(handle)}; }
-
 std::int32_t type_code(const ParsedFile& p) {
     return p.header.i("typeCode", p.kind == Kind::Display ? 49 : 48);
 }
@@ -60,8 +52,8 @@ int32_t DllVTgetTypeFile(char* path) {
     });
 }
 
-int32_t DllVTtoDateTime(int32_t seconds, int32_t* year, int32_t* month, int32_t* day,
-                        int32_t* hour, int32_t* minute, int32_t* second) {
+int32_t DllVTtoDateTime(int32_t seconds, int32_t* year, int32_t* month, int32_t* day, int32_t* hour,
+                        int32_t* minute, int32_t* second) {
     return to_date_time(seconds, year, month, day, hour, minute, second);
 }
 
@@ -90,9 +82,9 @@ int32_t DllVTgetFileCnctInfoHandle(int32_t handle, int32_t* unused1, int32_t* un
 int32_t DllVTgetInfoFile(int32_t handle, int32_t* measChCount, int32_t* mathChCount,
                          int32_t* dataCount, int32_t* unused7, int32_t* samplingSeconds,
                          int32_t* samplingTicks, int32_t* triggerNo, int32_t* triggerSeconds,
-                         int32_t* triggerTicks, int32_t* count1, int32_t* count2,
-                         int32_t* eventNum, char* deviceType, int32_t* status,
-                         int32_t* alarmNum, int32_t* extChCount) {
+                         int32_t* triggerTicks, int32_t* count1, int32_t* count2, int32_t* eventNum,
+                         char* deviceType, int32_t* status, int32_t* alarmNum,
+                         int32_t* extChCount) {
     return guarded([&] {
         const Handle h = lookup(handle);
         const ParsedFile& p = h.p();
@@ -120,13 +112,12 @@ int32_t DllVTgetInfoFile(int32_t handle, int32_t* measChCount, int32_t* mathChCo
 int32_t DllVTgetInfo2File(int32_t handle, int32_t* unusedA, char* serialNo, int32_t* unusedB,
                           int32_t* unusedC, int32_t* unusedD, int32_t* unusedE, char* fileMessage,
                           int32_t* timeCorrected, int32_t* startKind, int32_t* stopKind,
-                          int32_t* userFlag, int32_t* startCode, char* startUser,
-                          int32_t* stopCode, char* stopUser, int32_t* batchFlag,
-                          char* application, char* supervisor, char* manager, char* batchName,
-                          int32_t* batchNo, char* commentUser, int32_t* commentSeconds,
-                          int32_t* commentTicks, char* comment1, char* comment2, char* comment3,
-                          int32_t* unusedF, int32_t* unusedG, int32_t* unusedH,
-                          int32_t* unusedI) {
+                          int32_t* userFlag, int32_t* startCode, char* startUser, int32_t* stopCode,
+                          char* stopUser, int32_t* batchFlag, char* application, char* supervisor,
+                          char* manager, char* batchName, int32_t* batchNo, char* commentUser,
+                          int32_t* commentSeconds, int32_t* commentTicks, char* comment1,
+                          char* comment2, char* comment3, int32_t* unusedF, int32_t* unusedG,
+                          int32_t* unusedH, int32_t* unusedI) {
     return guarded([&] {
         const Handle h = lookup(handle);
         const Fields& f = h.p().header;
@@ -181,14 +172,14 @@ int32_t DllVTgetGroupInfoFile(int32_t handle, int32_t groupIndex, char* name, in
         const Fields& r = record(h.p(), "group", groupIndex, &found);
         put(name, abi::kVtGroupNameLen, r.s("name"));
         put(members, r.i("members"));
-        return h.file ? (found ? abi::kOk : abi::kErrIndex) : abi::kErrHandle;
+        return h.status(found);
     });
 }
 
 int32_t DllVTgetAlarmInfoFile(int32_t handle, int32_t index, int32_t* channel, int32_t* level,
                               int32_t* type, int32_t* serial, int32_t* occurSeconds,
-                              int32_t* occurTicks, int32_t* releaseSerial,
-                              int32_t* releaseSeconds, int32_t* releaseTicks) {
+                              int32_t* occurTicks, int32_t* releaseSerial, int32_t* releaseSeconds,
+                              int32_t* releaseTicks) {
     return guarded([&] {
         const Handle h = lookup(handle);
         bool found = false;
@@ -202,7 +193,7 @@ int32_t DllVTgetAlarmInfoFile(int32_t handle, int32_t index, int32_t* channel, i
         put(releaseSerial, r.i("releaseSerial"));
         put(releaseSeconds, r.i("releaseSeconds"));
         put(releaseTicks, r.i("releaseTicks"));
-        return h.file ? (found ? abi::kOk : abi::kErrIndex) : abi::kErrHandle;
+        return h.status(found);
     });
 }
 
@@ -220,22 +211,19 @@ int32_t DllVTgetEventInfoFile(int32_t handle, int32_t index, int32_t* serial, in
         put(messageNo, r.i("messageNo"));
         put(source, r.i("source"));
         put(user, abi::kVtUserLen, r.s("user"));
-        return h.file ? (found ? abi::kOk : abi::kErrIndex) : abi::kErrHandle;
+        return h.status(found);
     });
 }
 
 int32_t DllVTgetChDataInfo2File(int32_t handle, int32_t channelIndex, int32_t* kind,
                                 int32_t* unused, char* channel, char* tag, char* reserved,
-                                char* unit, int32_t* decimals, double* scaleLow,
-                                double* scaleHigh, int32_t* number1, int32_t* number2,
-                                int32_t* number3, int32_t* number4, int32_t* number5) {
+                                char* unit, int32_t* decimals, double* scaleLow, double* scaleHigh,
+                                int32_t* number1, int32_t* number2, int32_t* number3,
+                                int32_t* number4, int32_t* number5) {
     return guarded([&] {
         const Handle h = lookup(handle);
-        const ParsedFile& p = h.p();
-        const bool found = channelIndex >= 0 &&
-                           static_cast<std::size_t>(channelIndex) < p.channels.size();
-        static const ChannelView kNone;
-        const ChannelView& c = found ? p.channels[static_cast<std::size_t>(channelIndex)] : kNone;
+        bool found = false;
+        const ChannelView& c = channel_at(h.p(), channelIndex, &found);
         const Fields& f = c.info;
         put(kind, f.i("kind"));
         put(unused, found ? static_cast<std::int32_t>(c.type) : 0);
@@ -251,16 +239,16 @@ int32_t DllVTgetChDataInfo2File(int32_t handle, int32_t channelIndex, int32_t* k
         put(number3, f.i("number3"));
         put(number4, f.i("number4"));
         put(number5, f.i("number5"));
-        return h.file ? (found ? abi::kOk : abi::kErrIndex) : abi::kErrHandle;
+        return h.status(found);
     });
 }
 
-int32_t DllVTgetChDataInfoFile(int32_t handle, int32_t channelIndex, int32_t* kind,
-                               int32_t* unused, char* channel, char* tag, char* reserved,
-                               char* unit, int32_t* decimals) {
-    return DllVTgetChDataInfo2File(handle, channelIndex, kind, unused, channel, tag, reserved,
-                                   unit, decimals, nullptr, nullptr, nullptr, nullptr, nullptr,
-                                   nullptr, nullptr);
+int32_t DllVTgetChDataInfoFile(int32_t handle, int32_t channelIndex, int32_t* kind, int32_t* unused,
+                               char* channel, char* tag, char* reserved, char* unit,
+                               int32_t* decimals) {
+    return DllVTgetChDataInfo2File(handle, channelIndex, kind, unused, channel, tag, reserved, unit,
+                                   decimals, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr,
+                                   nullptr);
 }
 
 int32_t DllVTgetMeasDataFile(int32_t handle, int32_t position, int32_t start, int32_t count,
