@@ -1,0 +1,317 @@
+// The recorder access frame: filters, leading-zero trim, family and device tables, file
+// elements, time texts, the number step and the log scale. No library needed.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+#include "frame/errors.h"
+#include "recorder/families.h"
+#include "recorder/file_elements.h"
+#include "recorder/filters.h"
+#include "recorder/sample_number.h"
+#include "recorder/time_text.h"
+#include "tests/support/test_support.h"
+
+namespace qumbrel {
+namespace {
+
+using testing::TestProgram;
+
+std::string error_log(TestProgram& p) {
+    return testing::read_file(p->program_file("error.log"));
+}
+
+struct FrameTest : ::testing::Test {
+    TestProgram p{"de-DE"};
+    Program& ctx = *p;
+    FrameTest() { ctx.opt.decseparator = ","; }
+};
+
+TEST_F(FrameTest, StrFilterKeepsDropsAndFoldsCase) {
+    struct Row {
+        std::string text;
+        std::string_view filter;
+        Flag keep;
+        int compare;
+        std::string expected;
+    };
+    const Row rows[] = {
+        {std::string(32, '\0'), kDisplayFilter, kTrue, kTextCompare, ""},
+        {std::string("Tank 3\0\0\0", 9), kDisplayFilter, kTrue, kTextCompare, "Tank 3"},
+        {"\xB0"
+         "C (max)",
+         kDisplayFilter, kTrue, kTextCompare,
+         "\xB0"
+         "C (max)"},
+        {"\xB0"
+         "C (max)",
+         kFileNameFilter, kTrue, kTextCompare, "Cmax"},
+        {"K\xE4se;#1", kDisplayFilter, kTrue, kTextCompare, "Kse1"},
+        {"a-b,c", kFileNameFilter, kTrue, kTextCompare, "a-b,c"},
+        {"a-b,c", kFileNameFilter, kFalse, kTextCompare, ""},
+        {"AbC", "abc", kTrue, kBinaryCompare, "b"},
+        {"AbC", "abc", kFalse, kBinaryCompare, "AC"},
+    };
+    for (const auto& r : rows)
+        EXPECT_EQ(fkt_StrFilter(ctx, r.text, r.filter, r.keep, r.compare), r.expected) << r.text;
+}
+
+TEST_F(FrameTest, FieldIsFilteredInPlaceThenDecoded) {
+    char field[8] = {'\xB0', 'C', ' ', '\0', '\0', 'x', '\0', '\0'};
+    EXPECT_EQ(filter_field(ctx, field, 8, kDisplayFilter, false), "\u00B0C x");
+    EXPECT_EQ(std::string(field, 8),
+              "\xB0"
+              "C x    ");
+    char blanks[6] = {' ', 'a', ' ', '\0', ' ', '\0'};
+    EXPECT_EQ(filter_field(ctx, blanks, 6, kDisplayFilter, true), "a");
+    EXPECT_EQ(raw_field("ab\0\xE9", 4), std::string("ab\0\u00E9", 5));
+}
+
+TEST_F(FrameTest, TrimNullKeepsOneDigitBeforeTheSeparator) {
+    const std::pair<std::string, std::string> rows[] = {
+        {"0000,50", "0,50"},
+        {"000", "000"},  // no separator: the loop does not run
+        {"00000000000000000000,05", "0,05"},
+        {"0000000000000000000123,45", "123,45"},
+        {"12,5", "12,5"},
+        {",5", ",5"},
+        {"0,5", "0,5"},
+        {"-0005,1", "-5,1"},
+        {"-5", "--5"},  // the sign is remembered and the text kept whole (kept so)
+        {"", ""},
+    };
+    for (const auto& [in, out] : rows) EXPECT_EQ(fkt_TrimNull(ctx, in), out) << in;
+    ctx.opt.decseparator = ".";
+    EXPECT_EQ(fkt_TrimNull(ctx, "000.25"), "0.25");
+    EXPECT_EQ(fkt_TrimNull(ctx, "0000,50"), "0000,50");
+}
+
+TEST(Families, ExtensionDecidesFamilyAndKind) {
+    EXPECT_EQ(family_of_extension("oge")->family, RecorderFamily::VT);
+    EXPECT_EQ(family_of_extension(".OGD")->generator, "fkt_VTconvertCSVXLS");
+    EXPECT_EQ(family_of_extension("oAe")->family, RecorderFamily::VU);
+    EXPECT_EQ(family_of_extension("OBD")->infoDump, "fkt_ReadVQFileInfo");
+    EXPECT_EQ(family_of_extension("hns")->family, RecorderFamily::HN);
+    EXPECT_EQ(family_of_extension("KLD")->readerModule, "DllKLFileAccess");
+    EXPECT_FALSE(family_of_extension("csv"));
+    EXPECT_FALSE(family_of_extension(""));
+    EXPECT_EQ(family_of_path("/data/a.b/run7.OBE")->family, RecorderFamily::VQ);
+    EXPECT_FALSE(family_of_path("/data/a.oge/run7"));
+    EXPECT_TRUE(is_event_extension("kle"));
+    EXPECT_TRUE(is_display_extension(".osd"));
+    EXPECT_FALSE(is_event_extension("hns"));
+    EXPECT_FALSE(is_display_extension("xyd"));
+}
+
+TEST(Families, DeviceCodesByHexDigits) {
+    auto kl = [](std::int32_t code) { return device_names(RecorderFamily::KL, code); };
+    EXPECT_EQ(kl(0x21).model, "VT210");
+    EXPECT_EQ(kl(0x21).fileKind, "Event File");
+    EXPECT_EQ(kl(0x53).model, "KL1100");
+    EXPECT_EQ(kl(0x53).fileKind, "TLOG File");
+    EXPECT_EQ(kl(0xD2).model, "PB2100");
+    EXPECT_EQ(kl(0xE4).model, "");
+    EXPECT_EQ(kl(0xE4).fileKind, "");
+    EXPECT_EQ(kl(0).model, "");
+    EXPECT_EQ(device_names(RecorderFamily::VT, 0x53).fileKind, "");
+    const auto vu = device_names(RecorderFamily::VU, 0xB2);
+    EXPECT_EQ(vu.model, "VT2100 ");
+    EXPECT_EQ(vu.fileKind, "Display File");
+    EXPECT_EQ(device_names(RecorderFamily::VU, 0x21).model, "");
+    EXPECT_EQ(device_names(RecorderFamily::KL, -1).model, "");  // "FFFFFFFF"
+}
+
+TEST_F(FrameTest, YearElementsTurnAtSeventy) {
+    auto& e = ctx.state<FileElements>();
+    set_date_elements(ctx, e, 70, 1, 2, 3, 4, 5);
+    EXPECT_EQ(e.ti_YY, "70");
+    EXPECT_EQ(e.ti_YYYY, "1970");
+    set_date_elements(ctx, e, 69, 1, 2, 3, 4, 5);
+    EXPECT_EQ(e.ti_YYYY, "2069");
+    set_date_elements(ctx, e, 2007, 3, 9, 14, 5, 0);
+    EXPECT_EQ(e.ti_DD, "09");
+    EXPECT_EQ(e.ti_MM, "03");
+    EXPECT_EQ(e.ti_YY, "07");
+    EXPECT_EQ(e.ti_YYYY, "2007");
+    EXPECT_EQ(e.ti_HH, "14");
+    EXPECT_EQ(e.ti_mm, "05");
+    EXPECT_EQ(e.ti_SS, "00");
+    set_date_elements(ctx, e, 1999, 3, 9, 0, 0, 0);
+    EXPECT_EQ(e.ti_YYYY, "1999");
+}
+
+TEST_F(FrameTest, BatchElementsAndClearing) {
+    auto& e = ctx.state<FileElements>();
+    set_batch_number_elements(ctx, e, 7);
+    EXPECT_EQ(e.ti_L, "7");
+    EXPECT_EQ(e.ti_LL, "07");
+    EXPECT_EQ(e.ti_LLL, "007");
+    EXPECT_EQ(e.ti_LLLL, "0007");
+    e.ti_B = "b";
+    e.ti_C2 = "c";
+    set_no_batch_elements(e);
+    EXPECT_EQ(e.ti_B, "");
+    EXPECT_EQ(e.ti_C2, "");
+    EXPECT_EQ(e.ti_LLLL, "0000");
+    e.group(36) = "last";
+    ASSERT_NE(e.find("36"), nullptr);
+    EXPECT_EQ(*e.find("36"), "last");
+    EXPECT_EQ(*e.find("LLL"), "000");
+    EXPECT_EQ(e.find("37"), nullptr);
+    EXPECT_EQ(e.find("01"), nullptr);
+    EXPECT_EQ(e.find("Y"), nullptr);
+    fkt_ClearFileElements(ctx);
+    EXPECT_EQ(ctx.state<FileElements>().ti_n[35], "");
+    EXPECT_EQ(ctx.state<FileElements>().ti_LLLL, "");
+}
+
+TEST_F(FrameTest, MsecToTimeAtTheEndOfTheDay) {
+    std::int32_t msec = 86399999;
+    std::string date = "09.03.2007", dateText, timeText, msText, timeWithMs;
+    fkt_MsecToTime(ctx, msec, date, dateText, timeText, msText, timeWithMs);
+    EXPECT_EQ(timeText, "23:59:59");
+    EXPECT_EQ(msText, "999");
+    EXPECT_EQ(timeWithMs, "23:59:59.999");
+    EXPECT_EQ(dateText, "09.03.2007");
+    EXPECT_EQ(date, "09.03.2007");
+
+    msec = 86400000;
+    fkt_MsecToTime(ctx, msec, date, dateText, timeText, msText, timeWithMs);
+    EXPECT_EQ(timeText, "00:00:00");
+    EXPECT_EQ(date, "10.03.2007");
+    EXPECT_EQ(dateText, "10.03.2007");
+    EXPECT_EQ(msec, 86400000);  // the caller restarts its count
+
+    date = "31.12.2007";
+    fkt_MsecToTime(ctx, msec, date, dateText, timeText, msText, timeWithMs);
+    EXPECT_EQ(date, "01.01.2008");
+
+    msec = 3723004;  // 01:02:03.004
+    fkt_MsecToTime(ctx, msec, date, dateText, timeText, msText, timeWithMs);
+    EXPECT_EQ(timeWithMs, "01:02:03.004");
+    EXPECT_EQ(error_log(p), "");
+}
+
+TEST(MsecToTime, EnglishMidnightAndBadDate) {
+    TestProgram p{"en-US"};
+    std::int32_t msec = 86400000;
+    std::string date = "3/9/2007", dateText, timeText, msText, timeWithMs;
+    fkt_MsecToTime(*p, msec, date, dateText, timeText, msText, timeWithMs);
+    EXPECT_EQ(timeText, "12:00:00 AM");
+    EXPECT_EQ(date, "3/10/2007");
+
+    date = "no date";
+    fkt_MsecToTime(*p, msec, date, dateText, timeText, msText, timeWithMs);
+    EXPECT_EQ(date, "no date");
+    EXPECT_NE(error_log(p).find("fkt_MsecToTime of Modul DllHNFileAccess"), std::string::npos);
+}
+
+TEST_F(FrameTest, DateTimeToMsecAndItsOverflow) {
+    EXPECT_EQ(fkt_DateTimeToMsec(ctx, "12:05:03.125", ""), 43503125);
+    EXPECT_EQ(fkt_DateTimeToMsec(ctx, "00:00:01", ""), 1000);
+    EXPECT_EQ(error_log(p), "");
+    // A real date overflows 32 bits and ends in the error handler (kept so).
+    EXPECT_EQ(fkt_DateTimeToMsec(ctx, "12:05:03.125", "09.03.2007"), 0);
+    const std::string log = error_log(p);
+    EXPECT_NE(log.find("fkt_DateTimeToMsec of Modul DllHNFileAccess"), std::string::npos);
+    EXPECT_NE(log.find("Errornumber: 6;"), std::string::npos);
+}
+
+TEST_F(FrameTest, LogValueAtBothEnds) {
+    EXPECT_DOUBLE_EQ(fkt_logvalue(ctx, 0.0, 3, -2, 0.0, 100.0), 0.01);
+    EXPECT_DOUBLE_EQ(fkt_logvalue(ctx, 100.0, 3, -2, 0.0, 100.0), 1000.0);
+    EXPECT_DOUBLE_EQ(fkt_logvalue(ctx, 40.0, 3, -2, 0.0, 100.0), 1.0);
+    EXPECT_DOUBLE_EQ(fkt_logvalue(ctx, -5.0, 1, 0, -5.0, 5.0), 1.0);
+    EXPECT_EQ(error_log(p), "");
+    EXPECT_EQ(fkt_logvalue(ctx, 1.0, 3, 0, 2.0, 2.0), 0.0);
+    EXPECT_NE(error_log(p).find("fkt_logvalue of Modul DllVUFileAccess"), std::string::npos);
+}
+
+TEST_F(FrameTest, NumberStepPlacesTheSeparatorByText) {
+    EXPECT_DOUBLE_EQ(sample_text_to_number(ctx, "-5", 2, kVtZeroRow), -0.05);
+    EXPECT_EQ(sample_text_to_number(ctx, "0", 1, kVtZeroRow), 0.0);
+    EXPECT_DOUBLE_EQ(sample_text_to_number(ctx, "12345", 3, kZeroRow27), 12.345);
+    EXPECT_DOUBLE_EQ(sample_text_to_number(ctx, "", 2, kVtZeroRow), 0.0);
+    EXPECT_DOUBLE_EQ(sample_text_to_number(ctx, "7", 21, kVtZeroRow), 7e-21);
+    try {
+        sample_text_to_number(ctx, "7", 22, kVtZeroRow);
+        ADD_FAILURE() << "more decimals than digits must fail";
+    } catch (const VbError& e) {
+        EXPECT_EQ(e.number(), 5);
+    }
+    // A separator other than the regional one makes the text read otherwise: "0.05" is
+    // five under German rules.
+    ctx.opt.decseparator = ".";
+    EXPECT_DOUBLE_EQ(sample_text_to_number(ctx, "-5", 2, kVtZeroRow), -5.0);
+    const SampleNumberStep odd(ctx, kVtZeroRow);
+    EXPECT_FALSE(odd.fast());
+    EXPECT_DOUBLE_EQ(odd(-5, 2), -5.0);
+}
+
+TEST_F(FrameTest, NumberStepShortcutGivesTheTextResultBitForBit) {
+    const SampleNumberStep step(ctx, kVtZeroRow);
+    ASSERT_TRUE(step.fast());
+    const std::int64_t raws[] = {
+        0,      1,     -1,      5,       -5,     7,      99,         12345,
+        -32768, 32767, 1000000, -999999, 314159, 271828, 2147483647, -2147483648LL,
+        100,    -100};
+    for (std::int64_t raw : raws) {
+        for (std::int32_t dec = 1; dec <= 20; ++dec) {
+            const double viaText = sample_text_to_number(ctx, std::to_string(raw), dec, kVtZeroRow);
+            const double viaStep = step(raw, dec);
+            EXPECT_EQ(std::signbit(viaText), std::signbit(viaStep)) << raw << " " << dec;
+            EXPECT_EQ(viaText, viaStep) << raw << " / 10^" << dec;
+        }
+    }
+}
+
+TEST_F(FrameTest, DateAndTimeTextsFollowTheRegion) {
+    EXPECT_EQ(date_text(ctx, 2007, 3, 9), "09.03.2007");
+    EXPECT_EQ(time_text(ctx, 18, 5, 3), "18:05:03");
+    EXPECT_EQ(ms_text(ctx, 125), "125");
+    EXPECT_EQ(ms_text(ctx, 5), "005");
+    // Fields that make no date come back as the joined text.
+    EXPECT_EQ(date_text(ctx, 2007, 2, 30), "2007/2/30");
+    EXPECT_EQ(time_text(ctx, 25, 0, 0), "25:0:0");
+    DateTimeTexts t;
+    compose_date_time(ctx, {2007, 3, 9, 18, 5, 3}, 875, t);
+    EXPECT_EQ(t.dateTime, "09.03.2007 18:05:03.875");
+    EXPECT_EQ(t.timeWithMs, "18:05:03.875");
+
+    TestProgram en{"en-US"};
+    compose_date_time(*en, {2007, 3, 9, 18, 5, 3}, 250, t);
+    EXPECT_EQ(t.dateTime, "3/9/2007 6:05:03 PM.250");
+}
+
+TEST_F(FrameTest, CachedTimesEqualFreshOnes) {
+    DateTimeTextCache cache;
+    const std::array<std::int32_t, 6> fields[] = {{2007, 3, 9, 18, 5, 3},  {2007, 3, 9, 18, 5, 3},
+                                                  {2007, 3, 9, 18, 5, 4},  {2007, 3, 10, 0, 0, 0},
+                                                  {2007, 2, 30, 25, 0, 0}, {1970, 1, 1, 0, 0, 0}};
+    std::int32_t millis = 0;
+    for (const auto& f : fields) {
+        for (int k = 0; k < 20; ++k, millis = (millis + 125) % 1000) {
+            DateTimeTexts cached, fresh;
+            cache.compose(ctx, f, millis + k, cached);
+            compose_date_time(ctx, f, millis + k, fresh);
+            EXPECT_EQ(cached.dateTime, fresh.dateTime);
+            EXPECT_EQ(cached.date, fresh.date);
+            EXPECT_EQ(cached.time, fresh.time);
+            EXPECT_EQ(cached.ms, fresh.ms);
+        }
+    }
+}
+
+TEST(TimeText, EighthsOverflowIsError6) {
+    EXPECT_EQ(eighths_to_millis(7), 875);
+    try {
+        eighths_to_millis(20000000);
+        ADD_FAILURE() << "ticks * 125 beyond 32 bits must overflow";
+    } catch (const VbError& e) {
+        EXPECT_EQ(e.number(), 6);
+    }
+}
+
+}  // namespace
+}  // namespace qumbrel
