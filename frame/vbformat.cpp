@@ -238,22 +238,33 @@ void append_int(std::string& out, long long v) {
 
 // ---- the number formatter --------------------------------------------------------------
 
-std::string format_section(double value, bool showMinus, std::string_view section,
-                           const RegionalProfile& r) {
-    const NumLayout L = analyse(section);
-    Decimal x = detail::to_decimal15(value);
+// The digits a layout shows for a value: rounded, scaled, with the integer width.
+struct Prepared {
+    Decimal x;
+    int ownDigits = 0;  // digits of the rounded integer part, 0 for a zero integer part
+    int width = 0;      // integer digits shown, zero padding included
+    int fracKeep = 0;   // fraction digits shown
+    int expValue = 0;
+
+    char int_digit(int pos) const { return pos < ownDigits ? x.digit_at(pos) : '0'; }
+    char frac_digit(int index) const { return x.digit_at(-1 - index); }
+};
+
+Prepared prepare(double value, const NumLayout& L) {
+    Prepared d;
+    Decimal& x = d.x;
+    x = detail::to_decimal15(value);
     if (x.n > 0) x.exp += 2 * L.percent - 3 * L.scale;
 
-    int expValue = 0;
     if (L.exponent) {
         const int intDigits = L.intPlaces > 0 ? L.intPlaces : 1;
         if (x.n > 0) {
-            expValue = x.exp - (intDigits - 1);
-            x.exp -= expValue;
+            d.expValue = x.exp - (intDigits - 1);
+            x.exp -= d.expValue;
             detail::round_at(x, -L.fracPlaces);
             if (x.exp > intDigits - 1) {  // 9.99 -> 10.0: shift once more
                 x.exp -= 1;
-                ++expValue;
+                ++d.expValue;
             }
         }
     } else {
@@ -262,17 +273,91 @@ std::string format_section(double value, bool showMinus, std::string_view sectio
 
     // Integer digits: the value's own, padded with zeros from the first '0' placeholder; for
     // a zero integer part, '#' placeholders after the last '0' stay empty ("0#" -> "0").
-    const int ownDigits = (x.n > 0 && x.exp >= 0) ? x.exp + 1 : 0;
-    int width = ownDigits;
+    d.ownDigits = (x.n > 0 && x.exp >= 0) ? x.exp + 1 : 0;
+    d.width = d.ownDigits;
     if (L.firstZero >= 0) {
-        const int padded = ownDigits > 0 ? L.intPlaces - L.firstZero : L.lastZero - L.firstZero + 1;
-        if (padded > width) width = padded;
+        const int padded =
+            d.ownDigits > 0 ? L.intPlaces - L.firstZero : L.lastZero - L.firstZero + 1;
+        if (padded > d.width) d.width = padded;
     }
-    auto intDigit = [&](int pos) { return pos < ownDigits ? x.digit_at(pos) : '0'; };
+    d.fracKeep = L.fracPlaces;
+    while (d.fracKeep > 0 && d.fracKeep - 1 > L.fracLastZero && x.digit_at(-d.fracKeep) == '0')
+        --d.fracKeep;
+    return d;
+}
 
-    int fracKeep = L.fracPlaces;
-    while (fracKeep > 0 && fracKeep - 1 > L.fracLastZero && x.digit_at(-fracKeep) == '0')
-        --fracKeep;
+// The common report patterns ("00", "0.00", "0000#", "0.00 ms"): placeholders, an optional
+// point and a tail of plain literals. Read in one scan; no tokens needed.
+bool simple_layout(std::string_view p, NumLayout& L, std::string_view& tail) {
+    std::size_t i = 0;
+    for (; i < p.size() && (p[i] == '0' || p[i] == '#'); ++i) {
+        if (p[i] == '0') {
+            if (L.firstZero < 0) L.firstZero = L.intPlaces;
+            L.lastZero = L.intPlaces;
+        }
+        ++L.intPlaces;
+    }
+    if (i < p.size() && p[i] == '.') {
+        L.point = true;
+        for (++i; i < p.size() && (p[i] == '0' || p[i] == '#'); ++i) {
+            if (p[i] == '0') L.fracLastZero = L.fracPlaces;
+            ++L.fracPlaces;
+        }
+    }
+    if (L.intPlaces + L.fracPlaces == 0) return false;
+    tail = p.substr(i);
+    for (std::size_t j = 0; j < tail.size(); ++j) {
+        switch (tail[j]) {
+            case '0':
+            case '#':
+            case '.':
+            case ',':
+            case '%':
+            case '"':
+            case '\\':
+            case ';':
+                return false;
+            case 'E':
+            case 'e':
+                if (j + 1 < tail.size() && (tail[j + 1] == '+' || tail[j + 1] == '-')) return false;
+                break;
+            default:
+                break;
+        }
+    }
+    return true;
+}
+
+std::optional<std::string> format_simple(double value, std::string_view pattern,
+                                         const RegionalProfile& r) {
+    NumLayout L;
+    std::string_view tail;
+    if (!simple_layout(pattern, L, tail)) return std::nullopt;
+    const Prepared d = prepare(value, L);
+    char buf[64];
+    if (d.width + d.fracKeep + static_cast<int>(r.decimal.size()) + 1 >
+        static_cast<int>(sizeof buf))
+        return std::nullopt;
+    char* p = buf;
+    if (value < 0) *p++ = '-';
+    for (int pos = d.width - 1; pos >= 0; --pos) *p++ = d.int_digit(pos);
+    if (L.point) {
+        for (char c : r.decimal) *p++ = c;
+        for (int j = 0; j < d.fracKeep; ++j) *p++ = d.frac_digit(j);
+    }
+    std::string out(buf, p);
+    out.append(tail);
+    return out;
+}
+
+std::string format_section(double value, bool showMinus, std::string_view section,
+                           const RegionalProfile& r) {
+    const NumLayout L = analyse(section);
+    const Prepared d = prepare(value, L);
+    const int width = d.width;
+    const int fracKeep = d.fracKeep;
+    const int expValue = d.expValue;
+    auto intDigit = [&](int pos) { return d.int_digit(pos); };
 
     std::string out;
     bool minusDone = !showMinus;
@@ -299,7 +384,7 @@ std::string format_section(double value, bool showMinus, std::string_view sectio
             case Tok::digit:
                 if (inExp) break;
                 if (point) {
-                    if (fracIndex < fracKeep) out.push_back(x.digit_at(-1 - fracIndex));
+                    if (fracIndex < fracKeep) out.push_back(d.frac_digit(fracIndex));
                     ++fracIndex;
                 } else {
                     put_minus();
@@ -352,6 +437,7 @@ std::string format_section(double value, bool showMinus, std::string_view sectio
 }
 
 std::string format_number(double value, std::string_view pattern, const RegionalProfile& r) {
+    if (auto simple = format_simple(value, pattern, r)) return std::move(*simple);
     const Sections sec = split_sections(pattern);
     if (value < 0 && sec.count >= 2 && !sec.s[1].empty())
         return format_section(value, false, sec.s[1], r);
@@ -414,10 +500,11 @@ std::string Format(double value, std::string_view pattern, const RegionalProfile
     if (pattern.empty() || !std::isfinite(value)) return CStr(value, r);
     // Named formats are whole words; a digit pattern never starts with a letter of them.
     const char first = detail::lower_ascii(pattern[0]);
-    if (first >= 'a' && first <= 'z') {
+    const bool word = first >= 'a' && first <= 'z';
+    if (word) {
         if (auto named = named_number(value, pattern, r)) return *named;
     }
-    if (detail::is_named_date_format(pattern) || classify(pattern) == Kind::date) {
+    if ((word && detail::is_named_date_format(pattern)) || classify(pattern) == Kind::date) {
         // A number shown as a date is an OLE serial; outside the Date range VB overflows.
         if (!(value >= kMinSerial && value < kMaxSerial))
             throw VbError(errnum::kOverflow, "Overflow");

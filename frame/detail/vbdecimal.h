@@ -28,7 +28,14 @@ inline Decimal to_decimal15(double v) {
     v = std::fabs(v);
     if (v == 0) return r;
     char buf[40];
-    const auto res = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::scientific, 14);
+    // The shortest text that reads back as v: when it has at most 15 digits it is also the
+    // 15-digit rounding (v lies within half an ulp of it, far less than half a step of the
+    // 15th digit). Longer ones are rounded to 15 digits, which is slower.
+    auto res = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::scientific);
+    int digits = 0;
+    for (const char* q = buf; q < res.ptr && *q != 'e'; ++q) digits += *q != '.';
+    if (digits > 15)
+        res = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::scientific, 14);
     // "d.dddddddddddddde+XX"
     const char* p = buf;
     r.d[r.n++] = *p++;

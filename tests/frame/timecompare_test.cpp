@@ -1,0 +1,96 @@
+// fkt_timecompare / fkt_timeinwindow: the steps as written, quirks included.
+#include "frame/timecompare.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "frame/errors.h"
+
+namespace qumbrel {
+namespace {
+
+TEST(TimeCompare, NumbersOfTheFirstWords) {
+    struct Case {
+        const char* a;
+        const char* b;
+        int want;
+    };
+    const Case cases[] = {
+        {"12:05:03", "12:05:03", 0},
+        {"12:05:04", "12:05:03", 1},
+        {"12:05:02", "12:05:03", 2},
+        {"9:00:00", "10:00:00", 2},   // 90000 < 100000
+        {"12.05.03", "12:05:03", 0},  // "." is removed like ":"
+        {"1:2:3", "10:20:3", 2},      // 123 < 10203, not a clock comparison
+        {"2:00:00", "10:00:00", 2},
+        {"", "00:00:00", 0},  // Val("") = 0
+        {"abc", "12:00:00", 2},
+        {"12:00:00", "12:00:00 PM", 0},  // only A's second word counts
+        {"11:00:00", "01:00:00 PM", 1},
+    };
+    for (const auto& c : cases) EXPECT_EQ(fkt_timecompare(c.a, c.b), c.want) << c.a << " / " << c.b;
+}
+
+TEST(TimeCompare, SecondWordsOfTwelveHourTimes) {
+    struct Case {
+        const char* a;
+        const char* b;
+        int want;
+    };
+    const Case cases[] = {
+        {"01:00:00 PM", "11:00:00 AM", 1},
+        {"11:00:00 AM", "01:00:00 PM", 2},
+        {"01:00:00 PM", "01:00:00 PM", 0},
+        {"02:00:00 PM", "01:00:00 PM", 1},  // same word: the numbers decide
+        {"12:30:00 PM", "01:00:00 PM", 1},  // 123000 > 10000 (kept so)
+        {"01:00:00 pm", "11:00:00 AM", 0},  // differs in another way: stays 0
+        {"01:00:00 PM", "01:00:00", 0},     // B has no second word
+        {"05:00:00 PM", "09:00:00 XM", 0},
+    };
+    for (const auto& c : cases) EXPECT_EQ(fkt_timecompare(c.a, c.b), c.want) << c.a << " / " << c.b;
+}
+
+// A hostile text cannot overflow silently: beyond the double range it is VB's overflow.
+TEST(TimeCompare, LongDigitRunsAreBounded) {
+    const std::string huge(1000, '9');
+    try {
+        fkt_timecompare(huge, "12:00:00");
+        ADD_FAILURE() << "no error";
+    } catch (const VbError& e) {
+        EXPECT_EQ(e.number(), errnum::kOverflow);
+    }
+    const std::string big = "1" + std::string(300, '0');
+    EXPECT_EQ(fkt_timecompare(big, "12:00:00"), 1);
+    EXPECT_EQ(fkt_timecompare("12:00:00", big), 2);
+    EXPECT_EQ(fkt_timecompare(std::string(200, ':'), "0"), 0);
+}
+
+Flag window(const char* time, const char* start, const char* stop) {
+    Flag f = 7;
+    fkt_timeinwindow(time, start, stop, f);
+    return f;
+}
+
+TEST(TimeInWindow, HoldsStartAndStop) {
+    EXPECT_EQ(window("09:59:59", "10:00:00", "12:00:00"), kFalse);
+    EXPECT_EQ(window("10:00:00", "10:00:00", "12:00:00"), kTrue);
+    EXPECT_EQ(window("11:00:00", "10:00:00", "12:00:00"), kTrue);
+    EXPECT_EQ(window("12:00:00", "10:00:00", "12:00:00"), kTrue);
+    EXPECT_EQ(window("12:00:01", "10:00:00", "12:00:00"), kFalse);
+}
+
+TEST(TimeInWindow, StopBeforeStartSelectsOnlyTheStop) {
+    EXPECT_EQ(window("10:00:00", "12:00:00", "10:00:00"), kTrue);
+    for (const char* t : {"09:00:00", "11:00:00", "12:00:00", "13:00:00"})
+        EXPECT_EQ(window(t, "12:00:00", "10:00:00"), kFalse) << t;
+}
+
+TEST(TimeInWindow, TwelveHourTexts) {
+    EXPECT_EQ(window("01:00:00 PM", "11:00:00 AM", "02:00:00 PM"), kTrue);
+    EXPECT_EQ(window("03:00:00 PM", "11:00:00 AM", "02:00:00 PM"), kFalse);
+    EXPECT_EQ(window("10:00:00 AM", "11:00:00 AM", "02:00:00 PM"), kFalse);
+}
+
+}  // namespace
+}  // namespace qumbrel
