@@ -4,6 +4,7 @@
 
 #include "frame/errors.h"
 #include "frame/log.h"
+#include "recorder/damage.h"
 #include "recorder/vt_reader.h"
 
 namespace qumbrel {
@@ -29,8 +30,8 @@ void fkt_ReadVTFileInfo(Program& ctx, FileInfoList& list, const std::string& pat
         [&] { lines.clear(); },
         [&] { VTGetInfo(ctx, path, info); },
         [&] {
-            if (info.status > 0) {
-                lines.push_back("File damaged!\t");
+            if (file_damaged(info.status)) {
+                lines.emplace_back(kDamagedInfoLine);
                 list.backColor = kInfoColorDamaged;
             } else {
                 list.backColor = kInfoColorNormal;

@@ -6,8 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "reclib/format.h"
 #include "reclib/model.h"
 #include "reclib/writer.h"
+#include "recorder/damage.h"
 #include "recorder/file_elements.h"
 #include "recorder/vt_reader.h"
 #include "tests/support/test_support.h"
@@ -496,6 +498,71 @@ TEST_F(VtReaderTest, HostileCountsAndFilesAreReportedNotCrashed) {
         fkt_ReadVTFileInfo(ctx, list, p.dir.file(name));
         EXPECT_FALSE(list.lines.empty());
     }
+}
+
+TEST_F(VtReaderTest, TrapKeepsWhatTheStepsBeforeDidNotSet) {
+    auto f = scenario(reclib::Kind::Event);
+    f.channels[0].info.set("channel", "CHxAB").set("tag", "New");
+    const std::string path = write(f, "trap.oge");
+    VTChannelInfo c;
+    c.tag = "old";
+    c.decimals = -9;
+    VTGetChDataInfo(ctx, path, 0, c);
+    EXPECT_EQ(c.channel, "CHxAB");  // step 2 got that far
+    EXPECT_EQ(c.tag, "old");
+    EXPECT_EQ(c.decimals, -9);
+    const std::string log = error_log();
+    EXPECT_NE(log.find("VTGetChDataInfo() ; Errorsource"), std::string::npos) << log;
+    EXPECT_NE(log.find("Errornumber: 13; Errorline: 2;"), std::string::npos) << log;
+}
+
+// Every reader over damaged copies of one file: a byte flipped at a time all along it.
+// A flip in the body either breaks the parse (zero counts) or fails the check sum
+// (status above 0); a header that still parses may claim anything. Nothing may crash,
+// and a measured-data read that stops short says so in the error log.
+TEST_F(VtReaderTest, FlippedBytesGiveZeroCountsOrADamagedStatus) {
+    auto f = scenario(reclib::Kind::Display);
+    f.header.set("extChCount", 1);
+    const std::string good = testing::read_file(write(f, "good.ogd"));
+    const std::size_t stride = std::max<std::size_t>(1, good.size() / 120);
+    int damaged = 0;
+    for (std::size_t at = 0; at < good.size(); at += stride) {
+        std::string bytes = good;
+        bytes[at] = static_cast<char>(bytes[at] ^ 0x5A);
+        const std::string path = p.dir.file("flip.ogd");
+        testing::write_file(path, bytes);
+
+        VTInfo info;
+        VTGetInfo(ctx, path, info);
+        if (at >= reclib::format::kHeaderSize) {
+            EXPECT_TRUE(file_damaged(info.status) || info.dataCount == 0) << "flip at " << at;
+        }
+        damaged += file_damaged(info.status) ? 1 : 0;
+        FileInfoList list;
+        fkt_ReadVTFileInfo(ctx, list, path);
+        VTGetFileElements(ctx, path);
+        VTAlarmInfo alarm;
+        VTGetAlarmInfo(ctx, path, 0, alarm);
+        VTEventInfo event;
+        VTGetEventInfo(ctx, path, 0, event);
+        const std::int32_t channelCount = std::min(info.measChCount + info.mathChCount, 8);
+        std::vector<std::string> channels;
+        std::vector<std::int32_t> decimals;
+        for (std::int32_t i = 0; i < channelCount; ++i) {
+            VTChannelInfo c;
+            VTGetChDataInfo(ctx, path, i, c);
+            channels.push_back(std::to_string(c.chNo));
+            decimals.push_back(c.decimals);
+        }
+        VTMeasData d;
+        const std::size_t logged = error_log().size();
+        VTGetMeasData(ctx, path, channels, info.dataCount, decimals, d, kFalse);
+        if (d.dates.size() != static_cast<std::size_t>(std::max(info.dataCount, -1) + 1)) {
+            EXPECT_NE(error_log().find("VTGetMeasData()", logged), std::string::npos)
+                << "a short read must be reported; flip at " << at;
+        }
+    }
+    EXPECT_GT(damaged, 0);
 }
 
 }  // namespace
