@@ -411,7 +411,8 @@ std::string format_section(double value, bool showMinus, std::string_view sectio
                 out.push_back('%');
                 break;
             case Tok::exponent: {
-                if (inExp || !L.exponent) {
+                // An "E+" before any digit placeholder is plain text, as analyse() saw it.
+                if (inExp || !L.exponent || intIndex + fracIndex == 0) {
                     out.append(tok.text);
                     break;
                 }

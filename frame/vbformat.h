@@ -12,8 +12,11 @@
 
 namespace qumbrel::vb {
 
-// Format(number, pattern): digit patterns ("00", "0.00 ms", "##0", ...), half away from
-// zero on the 15-digit decimal text; "." becomes the regional decimal symbol.
+// Format(number, pattern): digit patterns ("00", "0.00 ms", "##0", "#,##0.00", "0.00E+00",
+// sections "pos;neg;zero"), half away from zero on the 15-digit decimal text; "." becomes
+// the regional decimal symbol. Named formats ("Fixed", "Standard", "Currency", ...) too.
+// A date pattern shows the number as an OLE date; beyond the Date range: VbError 6.
+// Example: Format(7.6, "0.00 ms", de-DE) == "7,60 ms"; Format(7.6, "00", en-US) == "08".
 std::string Format(double value, std::string_view pattern, const RegionalProfile& r);
 // Format(text, pattern): a numeric text is parsed under the regional rules and formatted;
 // a text that is not numeric comes back unchanged.
@@ -26,9 +29,11 @@ std::string FormatDate(const DateTime& d, std::string_view pattern, const Region
 std::string CStr(double value, const RegionalProfile& r);
 
 // Val(text): the leading number, "." only, blanks inside skipped, &H/&O.
+// VbError 6 beyond the double range, 13 for a fraction with a "%"/"&" suffix ("50.5%").
 double Val(std::string_view text);
 
-// CDbl(text) under the regional rules; nullopt where VB raises error 13.
+// CDbl(text) under the regional rules; nullopt where VB raises error 13, VbError 6 (overflow)
+// beyond the double range. IsNumeric is true exactly when CDbl gives a value.
 std::optional<double> CDbl(std::string_view text, const RegionalProfile& r);
 bool IsNumeric(std::string_view text, const RegionalProfile& r);
 

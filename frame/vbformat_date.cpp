@@ -410,13 +410,9 @@ std::string FormatDate(const DateTime& d, std::string_view pattern, const Region
     if (iequals_ascii(pattern, "Long Time")) return format_windows(t, r.timeFormat, r);
     if (iequals_ascii(pattern, "General Date")) return general_date(t, r);
     if (iequals_ascii(pattern, "Medium Date")) return format_user(t, "dd-mmm-yy", r);
-    if (iequals_ascii(pattern, "Short Time")) return format_windows(t, "HH:mm", r);
-    if (iequals_ascii(pattern, "Medium Time")) {
-        std::string out = format_windows(t, "hh:mm", r);
-        out.push_back(' ');
-        out.append(t.hour < 12 ? r.am : r.pm);
-        return out;
-    }
+    // Both with the regional time separator; Short Time is 24-hour by definition.
+    if (iequals_ascii(pattern, "Short Time")) return format_user(t, "hh:nn", r);
+    if (iequals_ascii(pattern, "Medium Time")) return format_user(t, "hh:nn AMPM", r);
     if (pattern.empty()) return general_date(t, r);
     return format_user(t, pattern, r);
 }

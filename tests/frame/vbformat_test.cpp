@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
+#include <random>
 #include <string>
 
 #include "frame/errors.h"
@@ -29,6 +31,8 @@ struct NumCase {
 };
 
 // The digit-pattern table: every row holds in both locales, de-DE with "," for ".".
+// Value 0 with '#' in the units place ("0#" -> "0", "0000#" -> "0000") is only seen in an
+// emulation; we follow it because it matches Windows' "#" -> "" rule.
 TEST(VbFormatNumber, DigitPatternTable) {
     const NumCase cases[] = {
         {0, "00", "00"},
@@ -116,8 +120,8 @@ TEST(VbFormatNumber, RoundingAndPlaceholderRules) {
         {100, "0##", "100"},
         {1, "000###", "000001"},
         {1, "#00##00#0", "00000001"},
-        {0.5, "00", "01"},  // the half-up rule; Wine's "00" comes from a carry bug
-        {-0.004, "0.00", "-0.00"},
+        {0.5, "00", "01"},          // the half-up rule; Wine's "00" comes from a carry bug
+        {-0.004, "0.00", "-0.00"},  // the sign of the value, not of the rounded text (unverified)
         {99.995, "0.00", "100.00"},
         {0.999, "0", "1"},
         {1.5, "0.0#", "1.5"},
@@ -142,6 +146,7 @@ TEST(VbFormatNumber, GroupingScalingPercentExponentSections) {
     EXPECT_EQ(Format(0.00012, "0.0E-00", us()), "1.2E-04");
     EXPECT_EQ(Format(9.99, "0.0E+0", us()), "1.0E+1");
     EXPECT_EQ(Format(0, "0.00E+00", us()), "0.00E+00");
+    EXPECT_EQ(Format(5, "E+0", us()), "E+5");  // no digit before it: plain text
     EXPECT_EQ(Format(5, "0;(0);\\z\\e\\r\\o", us()), "5");
     EXPECT_EQ(Format(-5, "0;(0);\\z\\e\\r\\o", us()), "(5)");
     EXPECT_EQ(Format(0, "0;(0);\\z\\e\\r\\o", us()), "zero");
@@ -221,7 +226,7 @@ TEST(VbFormatText, DateTextsGoThroughCDate) {
     EXPECT_EQ(FormatText("2007/3/9 12:5:3", "dd.MM.yy hh:nn:ss", us()), "09.03.07 12:05:03");
     EXPECT_EQ(FormatText("3/9/2007", "Short Date", de()), "03.09.2007");
     EXPECT_EQ(FormatText("2007/2/30", "Short Date", us()), "2007/2/30");
-    EXPECT_EQ(FormatText("", "Short Date", us()), "");
+    EXPECT_EQ(FormatText("", "Short Date", us()), "");  // "" is no date (IsDate("") = False)
 }
 
 // ---- dates -----------------------------------------------------------------------------
@@ -260,11 +265,17 @@ TEST(VbFormatDate, NamedFormats) {
         EXPECT_EQ(FormatDate(*c.d, c.pattern, us()), c.us) << c.pattern;
         EXPECT_EQ(FormatDate(*c.d, c.pattern, de()), c.de) << c.pattern;
     }
-    // A date without a time: the time of midnight; the date alone for General Date.
+    // A date without a time: the time of midnight (our pick; an emulation gives ""), and the
+    // date alone for General Date.
     const DateTime midnight{2007, 3, 9, 0, 0, 0, 0};
     EXPECT_EQ(FormatDate(midnight, "Long Time", us()), "12:00:00 AM");
     EXPECT_EQ(FormatDate(midnight, "Long Time", de()), "00:00:00");
     EXPECT_EQ(FormatDate(midnight, "General Date", us()), "3/9/2007");
+    // Short and Medium Time take the regional time separator.
+    RegionalProfile dots = de();
+    dots.timeSep = ".";
+    EXPECT_EQ(FormatDate(d2, "Short Time", dots), "18.05");
+    EXPECT_EQ(FormatDate(d2, "hh:nn:ss", dots), "18.05.03");
 }
 
 TEST(VbFormatDate, UserPatterns) {
@@ -569,6 +580,70 @@ TEST(VbCInt, BankersRoundingAndOverflow) {
     EXPECT_THROW(CLng(2147483647.5), VbError);
     EXPECT_THROW(CLng(-2147483648.51), VbError);
     EXPECT_EQ(CLng(*CDbl("-0.5", us())), 0);
+}
+
+// ---- properties over random inputs ----------------------------------------------------
+
+std::string random_text(std::mt19937& rng, std::string_view alphabet, int maxLen) {
+    std::uniform_int_distribution<int> len(0, maxLen);
+    std::uniform_int_distribution<std::size_t> pick(0, alphabet.size() - 1);
+    std::string s(static_cast<std::size_t>(len(rng)), ' ');
+    for (auto& c : s) c = alphabet[pick(rng)];
+    return s;
+}
+
+// CStr's text reads back (CDbl) to a value with the same text, in both locales.
+TEST(VbProperties, CStrReadsBackToTheSameText) {
+    std::mt19937_64 rng(7);
+    std::uniform_int_distribution<std::uint64_t> bits;
+    for (int i = 0; i < 20000; ++i) {
+        std::uint64_t b = bits(rng);
+        double v;
+        static_assert(sizeof v == sizeof b);
+        std::memcpy(&v, &b, sizeof v);
+        if (!std::isfinite(v)) continue;
+        for (const RegionalProfile* r : {&us(), &de()}) {
+            const std::string text = CStr(v, *r);
+            const auto back = CDbl(text, *r);
+            ASSERT_TRUE(back.has_value()) << text;
+            EXPECT_EQ(CStr(*back, *r), text);
+        }
+    }
+}
+
+// Hostile patterns and texts: no crash, no stray exception, and IsNumeric agrees with CDbl.
+TEST(VbProperties, RandomPatternsAndTextsAreHandled) {
+    std::mt19937 rng(11);
+    const std::string_view patternChars = "0#.,;%E+-e\\\"dmyhnswqcAP/: x";
+    const std::string_view textChars =
+        "0123456789.,:/-+ ()$&HOeE\xE2\x82\xAC"
+        "aAMP";
+    std::uniform_real_distribution<double> val(-1e6, 1e6);
+    for (int i = 0; i < 20000; ++i) {
+        const std::string pattern = random_text(rng, patternChars, 12);
+        const std::string text = random_text(rng, textChars, 14);
+        for (const RegionalProfile* r : {&us(), &de()}) {
+            EXPECT_NO_THROW(FormatText(text, pattern, *r)) << text << " | " << pattern;
+            try {
+                Format(val(rng), pattern, *r);
+            } catch (const VbError& e) {
+                EXPECT_EQ(e.number(), errnum::kOverflow) << pattern;
+            }
+            bool parsed = false;
+            try {
+                parsed = CDbl(text, *r).has_value();
+            } catch (const VbError& e) {
+                EXPECT_EQ(e.number(), errnum::kOverflow) << text;
+            }
+            EXPECT_EQ(IsNumeric(text, *r), parsed) << text;
+            CDate(text, *r);
+        }
+        try {
+            Val(text);
+        } catch (const VbError& e) {
+            EXPECT_TRUE(e.number() == errnum::kOverflow || e.number() == errnum::kTypeMismatch);
+        }
+    }
 }
 
 }  // namespace
