@@ -92,22 +92,12 @@ std::string font(std::uint16_t height, std::uint8_t attributes, std::string_view
     return s;
 }
 
-std::array<std::uint8_t, 13> integer(std::uint16_t row, std::uint16_t col, CellAttributes a,
-                                     std::int16_t value) {
-    return Fixed<13>{}.cell(id::kInteger, 9, row, col, a).u16(static_cast<std::uint16_t>(value)).b;
-}
-
 std::array<std::uint8_t, 15> integer_long(std::uint16_t row, std::uint16_t col, CellAttributes a,
                                           std::int16_t value) {
     return Fixed<15>{}
         .cell(id::kInteger, 9, row, col, a)
         .u32(static_cast<std::uint32_t>(static_cast<std::int32_t>(value)))
         .b;
-}
-
-std::array<std::uint8_t, 19> number(std::uint16_t row, std::uint16_t col, CellAttributes a,
-                                    double value) {
-    return Fixed<19>{}.cell(id::kNumber, 15, row, col, a).f64(value).b;
 }
 
 std::string label(std::uint16_t row, std::uint16_t col, CellAttributes a, std::string_view text) {

@@ -4,6 +4,7 @@
 // (0-based 16-bit rows and columns, attribute bytes, cp1252 text of at most 255 bytes);
 // range checks belong to ExcelFile, which raises its failures before a record is built.
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <span>
 #include <string>
@@ -52,16 +53,45 @@ std::array<std::uint8_t, 6> format_count(std::uint16_t count);
 std::string format(std::string_view text);
 // FONT: height in twentieths of a point, attribute byte, 0, length byte, name.
 std::string font(std::uint16_t height, std::uint8_t attributes, std::string_view name);
+namespace detail {
+// Little-endian stores at fixed offsets; the cell records are on the hot path.
+inline void le16(std::uint8_t* p, std::uint16_t v) {
+    p[0] = static_cast<std::uint8_t>(v);
+    p[1] = static_cast<std::uint8_t>(v >> 8);
+}
+inline void cell_header(std::uint8_t* p, std::uint16_t id, std::uint16_t length, std::uint16_t row,
+                        std::uint16_t col, CellAttributes a) {
+    le16(p, id);
+    le16(p + 2, length);
+    le16(p + 4, row);
+    le16(p + 6, col);
+    p[8] = a.hiddenLocked;
+    p[9] = a.formatAndFont;
+    p[10] = a.alignment;
+}
+}  // namespace detail
+
 // INTEGER: cell header and an unsigned-as-read 16-bit value.
-std::array<std::uint8_t, 13> integer(std::uint16_t row, std::uint16_t col, CellAttributes a,
-                                     std::int16_t value);
+inline std::array<std::uint8_t, 13> integer(std::uint16_t row, std::uint16_t col, CellAttributes a,
+                                            std::int16_t value) {
+    std::array<std::uint8_t, 13> b;
+    detail::cell_header(b.data(), id::kInteger, 9, row, col, a);
+    detail::le16(b.data() + 11, static_cast<std::uint16_t>(value));
+    return b;
+}
 // The second integer form: id 2 stating 9 bytes, followed by the value sign-extended to 32
 // bits (15 bytes in all). Kept for the interface; readers cannot follow it.
 std::array<std::uint8_t, 15> integer_long(std::uint16_t row, std::uint16_t col, CellAttributes a,
                                           std::int16_t value);
 // NUMBER: cell header and an IEEE double.
-std::array<std::uint8_t, 19> number(std::uint16_t row, std::uint16_t col, CellAttributes a,
-                                    double value);
+inline std::array<std::uint8_t, 19> number(std::uint16_t row, std::uint16_t col, CellAttributes a,
+                                           double value) {
+    std::array<std::uint8_t, 19> b;
+    detail::cell_header(b.data(), id::kNumber, 15, row, col, a);
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    for (int i = 0; i < 8; ++i) b[11 + i] = static_cast<std::uint8_t>(bits >> (8 * i));
+    return b;
+}
 // LABEL: cell header, length byte, text.
 std::string label(std::uint16_t row, std::uint16_t col, CellAttributes a, std::string_view text);
 // LEFT/RIGHT/TOP/BOTTOMMARGIN (or whatever id the caller gives): a double in inches.
