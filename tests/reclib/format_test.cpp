@@ -1,0 +1,278 @@
+// The reference format on its own: round trip, damage, hostile input, calendar, simulator.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "reclib/civil.h"
+#include "reclib/format.h"
+#include "reclib/parser.h"
+#include "reclib/simulate.h"
+#include "reclib/writer.h"
+
+namespace qumbrel::reclib {
+namespace {
+
+RecorderFile sample_file(Family family, Kind kind) {
+    SimOptions o;
+    o.family = family;
+    o.kind = kind;
+    o.channels = 3;
+    o.mathChannels = family == Family::HN ? 0 : 2;
+    o.samples = 40;
+    o.alarms = 3;
+    o.messages = 2;
+    o.batch = true;
+    return simulate(o);
+}
+
+TEST(Format, EveryFamilyAndKindRoundTrips) {
+    for (Family family : {Family::VT, Family::VU, Family::VQ, Family::KL, Family::HN}) {
+        for (Kind kind : {Kind::Event, Kind::Display}) {
+            const RecorderFile f = sample_file(family, kind);
+            const auto bytes = encode(f);
+            ParsedFile p;
+            ASSERT_EQ(parse(bytes, p), ParseStatus::Ok) << family_name(family);
+            EXPECT_EQ(p.status(), 0);
+            EXPECT_EQ(to_model(p), f) << family_name(family);
+        }
+    }
+}
+
+TEST(Format, HeaderLayoutIsAsDocumented) {
+    const auto bytes = encode(sample_file(Family::KL, Kind::Display));
+    ASSERT_GE(bytes.size(), format::kHeaderSize);
+    EXPECT_EQ(std::memcmp(bytes.data(), "QRECFMT\x1a", 8), 0);
+    EXPECT_EQ(bytes[8] | bytes[9] << 8, 1);  // major version
+    EXPECT_EQ(bytes[12], 4);                 // KL
+    EXPECT_EQ(bytes[13], 2);                 // display
+    std::uint64_t length;
+    std::memcpy(&length, bytes.data() + 16, 8);
+    EXPECT_EQ(length, bytes.size() - format::kHeaderSize);
+}
+
+TEST(Format, DamageComesFromTheChecksumOrTheHeaderField) {
+    RecorderFile f = sample_file(Family::VT, Kind::Event);
+    ParsedFile p;
+    EXPECT_EQ(parse(encode(f, {.damaged = true}), p), ParseStatus::Damaged);
+    EXPECT_EQ(p.status(), 1);
+    EXPECT_EQ(p.channels.size(), 5u);  // still read
+    f.header.set("status", 3);
+    EXPECT_EQ(parse(encode(f), p), ParseStatus::Ok);
+    EXPECT_EQ(p.status(), 3);
+    // One flipped bit in a sample is found by the check sum alone.
+    auto bytes = encode(sample_file(Family::VT, Kind::Event));
+    bytes[bytes.size() - 3] ^= 0x10;
+    EXPECT_EQ(parse(bytes, p), ParseStatus::Damaged);
+    EXPECT_EQ(p.status(), 1);
+}
+
+TEST(Format, ForeignAndNewerFilesAreRefused) {
+    ParsedFile p;
+    const std::vector<std::uint8_t> empty;
+    EXPECT_EQ(parse(empty, p), ParseStatus::NotRecorderFile);
+    std::vector<std::uint8_t> text(100, 'x');
+    EXPECT_EQ(parse(text, p), ParseStatus::NotRecorderFile);
+    auto bytes = encode(sample_file(Family::VU, Kind::Event));
+    bytes[8] = 2;  // major version 2
+    EXPECT_EQ(parse(bytes, p), ParseStatus::UnsupportedVersion);
+    EXPECT_TRUE(p.channels.empty());
+    bytes[8] = 1;
+    bytes[12] = 9;  // no such family
+    EXPECT_EQ(parse(bytes, p), ParseStatus::NotRecorderFile);
+}
+
+TEST(Format, UnknownSectionsOfANewerMinorAreSkipped) {
+    const RecorderFile f = sample_file(Family::VQ, Kind::Event);
+    auto body = encode(f);
+    // Append a section "XTRA" of 3 bytes and fix length and check sum.
+    const std::uint8_t extra[] = {'X', 'T', 'R', 'A', 3, 0, 0, 0, 1, 2, 3};
+    body.insert(body.end(), std::begin(extra), std::end(extra));
+    const std::uint64_t length = body.size() - format::kHeaderSize;
+    std::memcpy(body.data() + 16, &length, 8);
+    ParsedFile p;
+    EXPECT_EQ(parse(body, p), ParseStatus::Damaged);  // check sum no longer fits
+    EXPECT_EQ(to_model(p), f);                        // but everything known is there
+}
+
+// Truncations at every length and bit flips all over: never a crash, counts never above
+// the intact file's, nothing read outside the buffer (the sanitizer run checks that).
+TEST(Format, TruncatedAndBitFlippedCorpus) {
+    for (Family family : {Family::VT, Family::VU, Family::VQ, Family::KL, Family::HN}) {
+        const auto good = encode(sample_file(family, Kind::Display));
+        ParsedFile intact;
+        ASSERT_EQ(parse(good, intact), ParseStatus::Ok);
+        for (std::size_t n = 0; n < good.size(); n += (n < 400 ? 1 : 37)) {
+            std::vector<std::uint8_t> cut(good.begin(), good.begin() + static_cast<long>(n));
+            ParsedFile p;
+            const ParseStatus st = parse(cut, p);
+            ASSERT_NE(st, ParseStatus::Ok) << n;
+            EXPECT_LE(p.channels.size(), intact.channels.size());
+            EXPECT_LE(p.timeCount, intact.timeCount);
+            for (const auto& [name, records] : p.lists) {
+                EXPECT_LE(records.size(), intact.list(name).size()) << name;
+            }
+            if (st != ParseStatus::NotRecorderFile) {
+                EXPECT_GT(p.status(), 0);
+            }
+        }
+        Prng rng(7);
+        for (int k = 0; k < 3000; ++k) {
+            auto bad = good;
+            const int flips = rng.range(1, 4);
+            for (int f = 0; f < flips; ++f) {
+                const auto at = static_cast<std::size_t>(rng.next() % bad.size());
+                bad[at] ^= static_cast<std::uint8_t>(1u << rng.range(0, 7));
+            }
+            ParsedFile p;
+            const ParseStatus st = parse(bad, p);
+            if (st == ParseStatus::Ok) {
+                // Only possible when the flip hit the unused reserved header bytes.
+                EXPECT_EQ(to_model(p), to_model(intact));
+            }
+            for (const auto& ch : p.channels) {
+                EXPECT_LE(std::size_t{ch.count} * ch.series * 2, bad.size());
+            }
+        }
+    }
+}
+
+TEST(Format, HostileCountsAllocateNothingBeyondTheBytes) {
+    // A list that claims a billion records, a time section that claims 2^32-1 samples.
+    std::vector<std::uint8_t> body;
+    auto u32 = [&](std::uint32_t v) {
+        for (int i = 0; i < 4; ++i) body.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
+    };
+    body.insert(body.end(), {'L', 'I', 'S', 'T'});
+    u32(10);
+    body.push_back(1);
+    body.push_back('a');
+    u32(999'999'999);
+    body.insert(body.end(), {0, 0, 0, 0});
+    body.insert(body.end(), {'T', 'I', 'M', 'E'});
+    u32(8);
+    u32(0xFFFFFFFFu);
+    u32(0);
+    std::vector<std::uint8_t> file(format::kHeaderSize);
+    std::memcpy(file.data(), format::kMagic, 8);
+    file[8] = 1;
+    file[12] = 1;
+    file[13] = 1;
+    file[14] = static_cast<std::uint8_t>(format::kHeaderSize);
+    const std::uint64_t length = body.size();
+    std::memcpy(file.data() + 16, &length, 8);
+    file.insert(file.end(), body.begin(), body.end());
+    ParsedFile p;
+    EXPECT_EQ(parse(file, p), ParseStatus::Damaged);
+    EXPECT_LE(p.list("a").size(), 2u);
+    EXPECT_EQ(p.timeCount, 0u);
+}
+
+TEST(Format, WriterRefusesWhatTheFormatCannotHold) {
+    RecorderFile f;
+    f.header.set(std::string(256, 'n'), 1);
+    EXPECT_THROW(encode(f), std::invalid_argument);
+    RecorderFile g;
+    g.channels.emplace_back().values = {1, 2};
+    g.channels.back().values2 = {1};
+    EXPECT_THROW(encode(g), std::invalid_argument);
+    std::string error;
+    EXPECT_FALSE(write_file(g, "/nonexistent-dir/x.oge", {}, &error));
+    EXPECT_FALSE(error.empty());
+}
+
+TEST(Format, Int16ChannelsSaturateOnWrite) {
+    RecorderFile f;
+    auto& ch = f.channels.emplace_back();
+    ch.values = {40000, -40000, 7};
+    ParsedFile p;
+    const auto bytes = encode(f);
+    parse(bytes, p);
+    ASSERT_EQ(p.channels.size(), 1u);
+    EXPECT_EQ(p.channels[0].sample(0, 0), 32767);
+    EXPECT_EQ(p.channels[0].sample(0, 1), -32768);
+    EXPECT_EQ(p.channels[0].sample(0, 2), 7);
+}
+
+TEST(Civil, EpochLeapYearsAndTheEndOf32Bits) {
+    const struct {
+        std::int64_t s;
+        CivilTime t;
+    } cases[] = {
+        {0, {1970, 1, 1, 0, 0, 0}},
+        {68169600, {1972, 2, 29, 0, 0, 0}},
+        {951868800, {2000, 3, 1, 0, 0, 0}},
+        {4107542400, {2100, 3, 1, 0, 0, 0}},  // 2100 is no leap year
+        {-86400, {1969, 12, 31, 0, 0, 0}},
+        {2147483647, {2038, 1, 19, 3, 14, 7}},
+    };
+    for (const auto& c : cases) {
+        const CivilTime t = to_civil(c.s);
+        EXPECT_EQ(std::vector({t.year, t.month, t.day, t.hour, t.minute, t.second}),
+                  std::vector({c.t.year, c.t.month, c.t.day, c.t.hour, c.t.minute, c.t.second}))
+            << c.s;
+        EXPECT_EQ(from_civil(c.t), c.s);
+    }
+}
+
+TEST(Simulate, SameOptionsSameBytesOtherSeedOtherBytes) {
+    SimOptions o;
+    o.family = Family::HN;
+    o.channels = 5;
+    o.samples = 500;
+    o.alarms = 4;
+    EXPECT_EQ(encode(simulate(o)), encode(simulate(o)));
+    SimOptions other = o;
+    other.seed = 2;
+    EXPECT_NE(encode(simulate(o)), encode(simulate(other)));
+}
+
+TEST(Simulate, TimesFollowTheIntervalInFamilyTicks) {
+    SimOptions o;
+    o.samples = 5;
+    o.intervalMs = 375;
+    o.startSeconds = 86399;
+    RecorderFile vt = simulate(o);
+    EXPECT_EQ(vt.seconds, std::vector<std::int32_t>({86399, 86399, 86399, 86400, 86400}));
+    EXPECT_EQ(vt.ticks, std::vector<std::int32_t>({0, 3, 6, 1, 4}));  // eighths
+    o.family = Family::VU;
+    RecorderFile vu = simulate(o);
+    EXPECT_EQ(vu.ticks, std::vector<std::int32_t>({0, 375, 750, 125, 500}));  // milliseconds
+}
+
+TEST(Simulate, CheckRefusesAbsurdSizes) {
+    SimOptions o;
+    EXPECT_EQ(check(o), "");
+    o.channels = 31;
+    EXPECT_NE(check(o), "");
+    o.family = Family::VU;
+    EXPECT_EQ(check(o), "");  // VU has room for more
+    o.samples = kSimMaxSamples + 1;
+    EXPECT_NE(check(o), "");
+    o.samples = 10'000'000;
+    o.channels = 30;
+    EXPECT_NE(check(o), "");  // 300 million values
+    o = SimOptions{};
+    o.intervalMs = 0;
+    EXPECT_NE(check(o), "");
+    o = SimOptions{};
+    o.kind = Kind::Tlog;
+    EXPECT_NE(check(o), "");
+    o.family = Family::KL;
+    EXPECT_EQ(check(o), "");
+}
+
+TEST(Simulate, ParseTime) {
+    std::int64_t s = 0;
+    EXPECT_TRUE(parse_time("1970-01-01 00:00:00", s));
+    EXPECT_EQ(s, 0);
+    EXPECT_TRUE(parse_time("2024-02-29 12:30:15", s));
+    EXPECT_EQ(s, 1709209815);
+    EXPECT_FALSE(parse_time("2023-02-29 12:30:15", s));
+    EXPECT_FALSE(parse_time("2024-01-01 24:00:00", s));
+    EXPECT_FALSE(parse_time("2024-01-01 10:00:00x", s));
+    EXPECT_FALSE(parse_time("2024-01-01", s));
+    EXPECT_FALSE(parse_time("1969-12-31 23:59:59", s));
+}
+
+}  // namespace
+}  // namespace qumbrel::reclib

@@ -1,0 +1,176 @@
+// recsim's command line and JSON scenarios, read back through the parser.
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <sstream>
+
+#include "reclib/parser.h"
+#include "tests/reclib/libs.h"
+#include "tools/recsim/cli.h"
+#include "tools/recsim/scenario.h"
+
+namespace qumbrel::testing {
+namespace {
+
+struct Outcome {
+    int status;
+    std::string out, err;
+};
+
+Outcome recsim(std::vector<std::string> args) {
+    std::ostringstream out, err;
+    const int st = recsim::run(args, out, err);
+    return {st, out.str(), err.str()};
+}
+
+std::vector<std::uint8_t> bytes_of(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+reclib::RecorderFile read_back(const std::string& path, reclib::ParseStatus want) {
+    const auto bytes = bytes_of(path);
+    reclib::ParsedFile p;
+    EXPECT_EQ(reclib::parse(bytes, p), want);
+    return reclib::to_model(p);
+}
+
+TEST(Recsim, QuickFlagsMakeTheAskedFile) {
+    RecFiles files;
+    const auto out = (files.dir() / "q.obd").string();
+    const Outcome r = recsim({"--family",
+                              "vq",
+                              "--kind",
+                              "display",
+                              "--channels",
+                              "3",
+                              "--math-channels=2",
+                              "--samples",
+                              "7",
+                              "--interval-ms",
+                              "500",
+                              "--start",
+                              "2024-05-06 07:08:09",
+                              "--alarms",
+                              "4",
+                              "--messages",
+                              "5",
+                              "--batch",
+                              "--decimals",
+                              "3",
+                              "--seed",
+                              "9",
+                              "--out",
+                              out});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto f = read_back(out, reclib::ParseStatus::Ok);
+    EXPECT_EQ(f.family, reclib::Family::VQ);
+    EXPECT_EQ(f.kind, reclib::Kind::Display);
+    ASSERT_EQ(f.channels.size(), 5u);
+    EXPECT_TRUE(f.channels[3].math);
+    EXPECT_EQ(f.channels[3].info.s("channel"), "CH031");
+    EXPECT_EQ(f.channels[0].info.i("decimals"), 3);
+    EXPECT_EQ(f.channels[0].values2.size(), 7u);
+    EXPECT_EQ(f.seconds.front(), 1714979289);
+    EXPECT_EQ(f.ticks[1], 4);  // 500 ms in eighths
+    EXPECT_EQ(f.find_list("alarm")->size(), 4u);
+    EXPECT_EQ(f.find_list("message")->size(), 5u);
+    EXPECT_EQ(f.header.i("batchFlag"), 1);
+    EXPECT_EQ(f.header.s("deviceCode"), "7A");
+}
+
+TEST(Recsim, SameInputSameBytesAndDamagedFlag) {
+    RecFiles files;
+    const auto a = (files.dir() / "a.kle").string(), b = (files.dir() / "b.kle").string();
+    ASSERT_EQ(recsim({"--family", "KL", "--samples", "300", "--out", a}).status, 0);
+    ASSERT_EQ(recsim({"--family", "KL", "--samples", "300", "--out", b}).status, 0);
+    EXPECT_EQ(bytes_of(a), bytes_of(b));
+    ASSERT_EQ(recsim({"--family", "KL", "--samples", "300", "--damaged", "--out", b}).status, 0);
+    EXPECT_NE(bytes_of(a), bytes_of(b));
+    read_back(b, reclib::ParseStatus::Damaged);
+}
+
+TEST(Recsim, ScenarioSetsFieldsRecordsChannelsAndTimes) {
+    RecFiles files;
+    const auto json = (files.dir() / "s.json").string();
+    std::ofstream(json) << R"({
+      "family": "HN", "kind": "event", "seed": 3,
+      "simulate": {"channels": 2, "samples": 3, "intervalMs": 10},
+      "header": {"fileState": 1, "comment": "Größe €", "scale": 1.5},
+      "lists": {"mark": [{"type": 4, "text": "M1"}], "alarm": []},
+      "channels": [{"info": {"tag": "FIRST"}, "values": [1, 2, 3], "flags": [0, 1, 0]},
+                   {"type": "float32", "values": [0.5, 1.5, 2.5]},
+                   {"type": "int32", "math": 1, "values": [7, 8, 9], "info": {"channelNo": 31}}],
+      "times": {"seconds": [10, 11, 12], "ticks": [1, 2, 3]}
+    })";
+    const auto out = (files.dir() / "s.hns").string();
+    const Outcome r = recsim({"--scenario", json, "--out", out});
+    ASSERT_EQ(r.status, 0) << r.err;
+    const auto f = read_back(out, reclib::ParseStatus::Ok);
+    EXPECT_EQ(f.family, reclib::Family::HN);
+    EXPECT_EQ(f.header.i("fileState"), 1);
+    EXPECT_EQ(f.header.s("comment"),
+              "Gr\xF6\xDF"
+              "e \x80");  // Windows-1252 bytes
+    EXPECT_EQ(f.header.d("scale"), 1.5);
+    EXPECT_EQ(f.header.i("creator"), 1);  // the simulated base stays
+    EXPECT_EQ(f.find_list("mark")->at(0).s("text"), "M1");
+    EXPECT_TRUE(f.find_list("alarm")->empty());
+    ASSERT_EQ(f.channels.size(), 3u);
+    EXPECT_EQ(f.channels[0].info.s("tag"), "FIRST");
+    EXPECT_EQ(f.channels[0].info.i("fifoId"), 1);  // simulated info kept
+    EXPECT_EQ(f.channels[0].values, std::vector<std::int32_t>({1, 2, 3}));
+    EXPECT_EQ(f.channels[0].flags, std::vector<std::uint8_t>({0, 1, 0}));
+    EXPECT_EQ(f.channels[1].type, reclib::DataType::Float32);
+    EXPECT_EQ(f.channels[1].fvalues, std::vector<float>({0.5f, 1.5f, 2.5f}));
+    EXPECT_TRUE(f.channels[2].math);
+    EXPECT_EQ(f.channels[2].values, std::vector<std::int32_t>({7, 8, 9}));
+    EXPECT_EQ(f.seconds, std::vector<std::int32_t>({10, 11, 12}));
+    EXPECT_EQ(f.ticks, std::vector<std::int32_t>({1, 2, 3}));
+}
+
+TEST(Recsim, BadInputIsRefusedWithAClearMessage) {
+    RecFiles files;
+    const auto out = (files.dir() / "x.oge").string();
+    EXPECT_EQ(recsim({"--channels", "31", "--out", out}).status, 2);
+    EXPECT_NE(recsim({"--channels", "31", "--out", out}).err.find("--channels"), std::string::npos);
+    EXPECT_EQ(recsim({"--samples", "12x", "--out", out}).status, 2);
+    EXPECT_EQ(recsim({"--samples", "-1", "--out", out}).status, 2);
+    EXPECT_EQ(recsim({"--family", "XX", "--out", out}).status, 2);
+    EXPECT_EQ(recsim({"--kind", "tlog", "--out", out}).status, 2);  // only KL
+    EXPECT_EQ(recsim({"--samples", "100"}).status, 2);              // no --out
+    EXPECT_EQ(recsim({"--frobnicate"}).status, 2);
+    EXPECT_EQ(recsim({"--samples", "20000000", "--channels", "30", "--out", out}).status, 2);
+    const auto json = (files.dir() / "bad.json").string();
+    std::ofstream(json) << R"({"header": {"x": 99999999999}})";
+    const Outcome r = recsim({"--scenario", json, "--out", out});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("header.x"), std::string::npos) << r.err;
+    std::ofstream(json) << "{not json";
+    EXPECT_EQ(recsim({"--scenario", json, "--out", out}).status, 1);
+    EXPECT_EQ(recsim({"--scenario", (files.dir() / "none.json").string(), "--out", out}).status, 1);
+    EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+TEST(Recsim, HelpIsTheDocumentedText) {
+    const Outcome r = recsim({"--help"});
+    EXPECT_EQ(r.status, 0);
+    EXPECT_EQ(r.out, recsim::help_text());
+    std::ifstream doc(std::string(QUMBREL_SOURCE_DIR) + "/docs/recsim.md");
+    const std::string text{std::istreambuf_iterator<char>(doc), {}};
+    EXPECT_NE(text.find(recsim::help_text()), std::string::npos)
+        << "docs/recsim.md must quote recsim --help verbatim";
+}
+
+TEST(Recsim, Cp1252Conversion) {
+    EXPECT_EQ(recsim::to_cp1252("abc"), "abc");
+    EXPECT_EQ(recsim::to_cp1252("°C"),
+              "\xB0"
+              "C");
+    EXPECT_EQ(recsim::to_cp1252("€ “x”"), "\x80 \x93x\x94");
+    EXPECT_EQ(recsim::to_cp1252("日本"), "??");
+    EXPECT_EQ(recsim::to_cp1252(std::string("\xFF", 1)), "?");
+}
+
+}  // namespace
+}  // namespace qumbrel::testing
