@@ -1,6 +1,5 @@
 #include "recorder/sample_number.h"
 
-#include <array>
 #include <cmath>
 #include <string>
 
@@ -12,11 +11,6 @@
 namespace qumbrel {
 
 namespace {
-
-// Exact powers of ten as doubles (10^22 is the last one a double holds exactly).
-constexpr std::array<double, 21> kPow10 = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,
-                                           1e7,  1e8,  1e9,  1e10, 1e11, 1e12, 1e13,
-                                           1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20};
 
 bool has_digit_or_sign(std::string_view s) {
     for (char c : s)
@@ -54,12 +48,10 @@ SampleNumberStep::SampleNumberStep(Program& ctx, std::string_view zeroRow)
     const std::string& sep = ctx.opt.decseparator;
     const auto& r = ctx.regional.profile();
     fast_ = !sep.empty() && sep == r.decimal && r.thousand != r.decimal &&
-            !has_digit_or_sign(sep) && zeroRow.size() >= kPow10.size() - 1;
+            !has_digit_or_sign(sep) && zeroRow.size() >= static_cast<std::size_t>(kMaxFastDecimals);
 }
 
-double SampleNumberStep::operator()(std::int64_t raw, std::int32_t decimals) const {
-    if (fast_ && decimals > 0 && static_cast<std::size_t>(decimals) < kPow10.size())
-        return static_cast<double>(raw) / kPow10[static_cast<std::size_t>(decimals)];
+double SampleNumberStep::by_text(std::int64_t raw, std::int32_t decimals) const {
     return sample_text_to_number(ctx_, std::to_string(raw), decimals, zeroRow_);
 }
 

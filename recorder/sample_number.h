@@ -27,10 +27,21 @@ double sample_text_to_number(Program& ctx, std::string_view decimalText, std::in
 class SampleNumberStep {
   public:
     SampleNumberStep(Program& ctx, std::string_view zeroRow);
-    double operator()(std::int64_t raw, std::int32_t decimals) const;
+    double operator()(std::int64_t raw, std::int32_t decimals) const {
+        if (fast_ && decimals > 0 && decimals <= kMaxFastDecimals)
+            return static_cast<double>(raw) / kPow10[static_cast<std::size_t>(decimals)];
+        return by_text(raw, decimals);
+    }
     bool fast() const { return fast_; }
 
   private:
+    // Exact powers of ten; 20 decimals still leave a digit of the 20-zero row in front.
+    static constexpr std::int32_t kMaxFastDecimals = 20;
+    static constexpr double kPow10[kMaxFastDecimals + 1] = {
+        1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9, 1e10,
+        1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20};
+    double by_text(std::int64_t raw, std::int32_t decimals) const;
+
     Program& ctx_;
     std::string_view zeroRow_;
     bool fast_ = false;

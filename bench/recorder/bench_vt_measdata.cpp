@@ -6,8 +6,8 @@
 //   bare     fread of the whole file into one buffer (the floor: the bytes alone)
 //   library  the VT library's raw calls: every channel's samples and the times
 //   reader   VTGetMeasData: samples placed behind their decimals, four time texts a row
-// Prints seconds (best of --repeat), samples per second and peak RSS of each phase. The
-// libraries are found beside the program (bin/) or through QUMBREL_RECLIB_PATH.
+// Prints seconds (best of --repeat runs, one child each), samples per second and peak RSS of each
+// phase. The libraries are found beside the program (bin/) or through QUMBREL_RECLIB_PATH.
 //
 //   bench_vt_measdata [--samples N] [--channels N] [--repeat N]
 #include <sys/resource.h>
@@ -92,8 +92,9 @@ struct Phase {
     std::function<void(Program&)> run;
 };
 
-// Runs `phase` in a child; returns best seconds and the child's peak RSS in KiB.
-bool run_child(const Settings& s, const Phase& phase, double& seconds, long& maxrssKib) {
+// Runs `phase` once in a child; its seconds and peak RSS in KiB. One run a child, because
+// VTGetMeasData leaves its file open to the end of the process (kept so).
+bool run_child(const Phase& phase, double& seconds, long& maxrssKib) {
     int fds[2];
     if (::pipe(fds) != 0) return false;
     const pid_t pid = ::fork();
@@ -105,17 +106,14 @@ bool run_child(const Settings& s, const Phase& phase, double& seconds, long& max
         NullEventLog events;
         Program ctx(ProgramInfo{}, host, clock, events,
                     clsRegionalSettings(*clsRegionalSettings::named("de-DE")));
-        ctx.opt.decseparator = ",";
-        double best = 1e300;
-        for (int r = 0; r < s.repeat; ++r) {
-            const auto t0 = std::chrono::steady_clock::now();
-            phase.run(ctx);
-            const std::chrono::duration<double> dt = std::chrono::steady_clock::now() - t0;
-            best = std::min(best, dt.count());
-        }
+        ctx.opt.decseparator = ctx.regional.DecimalSymbol();  // as the option file loads it
+        const auto t0 = std::chrono::steady_clock::now();
+        phase.run(ctx);
+        const std::chrono::duration<double> dt = std::chrono::steady_clock::now() - t0;
+        const double took = dt.count();
         const bool failed = std::filesystem::exists(ctx.program_file("error.log"));
-        const ssize_t n = ::write(fds[1], &best, sizeof best);
-        ::_exit(n == sizeof best && !failed ? 0 : 3);
+        const ssize_t n = ::write(fds[1], &took, sizeof took);
+        ::_exit(n == sizeof took && !failed ? 0 : 3);
     }
     ::close(fds[1]);
     const ssize_t n = ::read(fds[0], &seconds, sizeof seconds);
@@ -209,17 +207,24 @@ int main(int argc, char** argv) {
     double bare = 0;
     int rc = 0;
     for (const auto& phase : phases) {
-        double seconds = 0;
+        double best = 1e300;
         long kib = 0;
-        if (!run_child(s, phase, seconds, kib)) {
+        bool ok = true;
+        for (int r = 0; r < s.repeat && ok; ++r) {
+            double seconds = 0;
+            long runKib = 0;
+            ok = run_child(phase, seconds, runKib);
+            best = std::min(best, seconds);
+            kib = std::max(kib, runKib);
+        }
+        if (!ok) {
             std::printf("%-8s failed\n", phase.name);
             rc = 1;
             continue;
         }
-        if (bare == 0) bare = seconds;
-        std::printf("%-8s %10.3f %16.0f %14.0f %12.1f %10.1f\n", phase.name, seconds,
-                    s.samples / seconds, values / seconds, static_cast<double>(kib) / 1024.0,
-                    seconds / bare);
+        if (bare == 0) bare = best;
+        std::printf("%-8s %10.3f %16.0f %14.0f %12.1f %10.1f\n", phase.name, best, s.samples / best,
+                    values / best, static_cast<double>(kib) / 1024.0, best / bare);
     }
     std::printf("reader cells: %zu bytes a value (9: double + kind)\n",
                 sizeof(double) + sizeof(SampleKind));
