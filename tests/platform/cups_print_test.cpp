@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <thread>
 
@@ -30,30 +32,34 @@ const char* env(const char* name) {
     return v && *v ? v : nullptr;
 }
 
-// Waits for the backend's output of the n-th job that reached `queue`.
-fs::path wait_for_output(const fs::path& out, const std::string& queue, std::size_t before) {
-    for (int i = 0; i < 300; ++i) {
-        std::vector<fs::path> found;
-        for (const auto& e : fs::directory_iterator(out)) {
-            const auto name = e.path().filename().string();
-            if (name.starts_with(queue + "-") && name.ends_with(".pdf")) found.push_back(e.path());
+// Job ids of the backend's outputs for `queue` (files <queue>-<job>.pdf).
+std::vector<long> outputs(const fs::path& out, const std::string& queue) {
+    std::vector<long> ids;
+    for (const auto& e : fs::directory_iterator(out)) {
+        const auto name = e.path().filename().string();
+        if (name.starts_with(queue + "-") && name.ends_with(".pdf")) {
+            ids.push_back(std::strtol(name.c_str() + queue.size() + 1, nullptr, 10));
         }
-        if (found.size() > before) {
-            std::sort(found.begin(), found.end());
-            return found.back();
+    }
+    std::sort(ids.begin(), ids.end());
+    return ids;
+}
+
+// Waits for an output of `queue` newer than the job id `after`; empty after 30 s.
+fs::path wait_for_output(const fs::path& out, const std::string& queue, long after) {
+    for (int i = 0; i < 300; ++i) {
+        const auto ids = outputs(out, queue);
+        if (!ids.empty() && ids.back() > after) {
+            return out / (queue + "-" + std::to_string(ids.back()) + ".pdf");
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(100));
     }
     return {};
 }
 
-std::size_t count_outputs(const fs::path& out, const std::string& queue) {
-    std::size_t n = 0;
-    for (const auto& e : fs::directory_iterator(out)) {
-        const auto name = e.path().filename().string();
-        n += name.starts_with(queue + "-") && name.ends_with(".pdf");
-    }
-    return n;
+long last_job(const fs::path& out, const std::string& queue) {
+    const auto ids = outputs(out, queue);
+    return ids.empty() ? 0 : ids.back();
 }
 
 std::string run(const std::string& command) {
@@ -96,7 +102,7 @@ TEST_F(CupsPrintTest, ThreeLineReportOnBothQueues) {
     testing::write_file(report, "Recorder;VT210;\r\nChannel;1;2;\r\n12.5;13;\r\n");
     const auto& sys = tp->state<PrintState>().system;
     const DefaultPrinter before = sys->default_printer();
-    const std::size_t beforeA = count_outputs(out, queueA), beforeB = count_outputs(out, queueB);
+    const long beforeA = last_job(out, queueA), beforeB = last_job(out, queueB);
 
     tp->opt.printfile = kTrue;
     tp->opt.printfile2 = kTrue;
@@ -144,11 +150,13 @@ TEST_F(CupsPrintTest, ThreeLineReportOnBothQueues) {
 }
 
 TEST_F(CupsPrintTest, UnknownPrinterPrintsNothingAndSaysNothing) {
-    const std::size_t beforeA = count_outputs(out, queueA);
+    testing::write_file(tp.dir.file("x.tmp"), "line\r\n");
     tp->opt.printer = "qumbrel_no_such_queue";
+    tp->state<PrintState>().current = queueA;
     PrintFile(*tp, tp.dir.file("x.tmp"), 1);
     EXPECT_EQ(error_log(), "");
-    EXPECT_EQ(count_outputs(out, queueA), beforeA);
+    EXPECT_TRUE(tp.host.alerts.empty());
+    EXPECT_EQ(tp->state<PrintState>().current, queueA);
 }
 
 TEST_F(CupsPrintTest, SetDefaultChangesAndRestoresIt) {

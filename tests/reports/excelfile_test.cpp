@@ -277,3 +277,36 @@ TEST_F(ExcelFileTest, AWriteFailureAnywhereFailsTheClose) {
 
 }  // namespace
 }  // namespace qumbrel
+
+namespace qumbrel {
+namespace {
+
+TEST(RecordWalker, RejectsWhatNoReaderChecks) {
+    test::TempDir dir;
+    ExcelFile x;
+    x.CreateFile(dir.file("w.xls"));
+    x.WriteValue(2, 0, 1, 0, 1, 1, std::string("abc"), 0);
+    ASSERT_EQ(x.CloseFile(), 0);
+    const std::string good = test::read_all(dir.file("w.xls"));
+    std::string error;
+    test::walk_biff2(good, error);
+    ASSERT_EQ(error, "");
+
+    std::string bad = good;
+    bad[6] = 0x10;  // the published BOF type is not ours
+    test::walk_biff2(bad, error);
+    EXPECT_NE(error, "");
+    bad = good + std::string(1, '\0');  // junk after EOF
+    test::walk_biff2(bad, error);
+    EXPECT_EQ(error, "bytes after EOF");
+    bad = good;
+    bad[good.size() - 4 - 4] = 4;  // LABEL length byte says 4 for "abc"
+    test::walk_biff2(bad, error);
+    EXPECT_NE(error.find("record 4"), std::string::npos) << error;
+    bad = good.substr(0, good.size() - 4);  // no EOF
+    test::walk_biff2(bad, error);
+    EXPECT_NE(error.find("without EOF"), std::string::npos) << error;
+}
+
+}  // namespace
+}  // namespace qumbrel

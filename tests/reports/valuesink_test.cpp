@@ -150,6 +150,18 @@ TEST_F(SinkTest, AFailedWriteIsLoggedWithItsPlace) {
         << error_log();
 }
 
+TEST_F(SinkTest, AFailedDiskWriteFailsTheClose) {
+    auto io = std::make_shared<test::FailingIo>(1);
+    tp->state<SinkState>().csv.set_io(io);
+    ASSERT_EQ(open_csv_report(*tp, tp.dir.file("full.csv")), 0);
+    reset_field_array(*tp);
+    // 400 kB: more than the output buffer, so the failing write happens within a line.
+    for (int r = 0; r < 2000; ++r) line({{1, std::string(200, 'r')}, {2, std::int32_t{r}}}, 1);
+    EXPECT_EQ(close_csv_report(*tp), 61);  // disk full
+    EXPECT_NE(error_log().find("fkt_convertsetvalue(iFileFormat:0"), std::string::npos);
+    tp->state<SinkState>().csv.set_io(nullptr);
+}
+
 TEST_F(SinkTest, XlsCellsByValueType) {
     const std::string path = tp.dir.file("r.xls");
     ExcelFile& xls = excel_file(*tp);
