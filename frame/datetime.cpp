@@ -1,5 +1,6 @@
 #include "frame/datetime.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 
@@ -31,6 +32,10 @@ double to_serial(const DateTime& d) {
 
 DateTime from_serial(double serial) {
     using namespace std::chrono;
+    // A serial from outside (a recorder file, a cell) may be anything: keep it inside the
+    // Date range (years 100 to 9999) so that the integer conversions below stay defined.
+    if (!std::isfinite(serial)) return DateTime{};
+    serial = std::clamp(serial, -657434.0, 2958465.999988426);
     double whole = std::trunc(serial);
     double frac = std::fabs(serial - whole);
     long long ms = std::llround(frac * 86400000.0);

@@ -321,6 +321,17 @@ TEST(VbFormatDate, BrokenDateFieldsDoNotCrash) {
     EXPECT_EQ(FormatDate(bad, "mmmm dddd", us()), " Sunday");
 }
 
+// Serials as VB keeps dates: time as a positive fraction, also before 1899-12-30.
+TEST(VbFormatDate, SerialsAndTheirRange) {
+    EXPECT_EQ(from_serial(39150 + 43503 / 86400.0), d1);
+    EXPECT_EQ(from_serial(-1.25), (DateTime{1899, 12, 29, 6, 0, 0, 0}));
+    EXPECT_DOUBLE_EQ(to_serial(DateTime{1899, 12, 29, 6, 0, 0, 0}), -1.25);
+    EXPECT_EQ(from_serial(std::nan("")), DateTime{});
+    EXPECT_EQ(from_serial(1e300).year, 9999);
+    EXPECT_EQ(from_serial(-1e300).year, 100);
+    EXPECT_EQ(Format(-1.25, "yyyy-mm-dd hh:nn", us()), "1899-12-29 06:00");
+}
+
 // ---- CStr ------------------------------------------------------------------------------
 
 TEST(VbCStr, FifteenDigitsAndExponentForm) {
