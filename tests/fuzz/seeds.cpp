@@ -1,0 +1,31 @@
+// Writes the fuzzer's seed corpus: a small file of each family and kind, one damaged.
+#include <cstdio>
+#include <string>
+
+#include "reclib/simulate.h"
+#include "reclib/writer.h"
+
+int main(int argc, char** argv) {
+    using namespace qumbrel::reclib;
+    if (argc != 2) {
+        std::fprintf(stderr, "usage: reclib_fuzz_seeds DIR\n");
+        return 2;
+    }
+    int n = 0;
+    for (Family f : {Family::VT, Family::VU, Family::VQ, Family::KL, Family::HN}) {
+        for (Kind k : {Kind::Event, Kind::Display}) {
+            SimOptions o;
+            o.family = f;
+            o.kind = k;
+            o.channels = 2;
+            o.mathChannels = f == Family::HN ? 0 : 1;
+            o.samples = 6;
+            o.alarms = 2;
+            o.messages = 2;
+            o.batch = n % 2 == 0;
+            const std::string path = std::string(argv[1]) + "/seed" + std::to_string(n++);
+            if (!write_file(simulate(o), path, {.damaged = n == 3})) return 1;
+        }
+    }
+    return 0;
+}
