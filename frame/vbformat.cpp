@@ -357,7 +357,6 @@ std::string format_section(double value, bool showMinus, std::string_view sectio
     const int width = d.width;
     const int fracKeep = d.fracKeep;
     const int expValue = d.expValue;
-    auto intDigit = [&](int pos) { return d.int_digit(pos); };
 
     std::string out;
     bool minusDone = !showMinus;
@@ -366,7 +365,7 @@ std::string format_section(double value, bool showMinus, std::string_view sectio
         minusDone = true;
     };
     auto put_int_digit = [&](int pos) {
-        out.push_back(intDigit(pos));
+        out.push_back(d.int_digit(pos));
         if (L.grouping && pos > 0 && pos % 3 == 0) out.append(r.thousand);
     };
     auto put_all_int = [&] {

@@ -26,6 +26,7 @@ std::string FormatText(std::string_view text, std::string_view pattern, const Re
 std::string FormatDate(const DateTime& d, std::string_view pattern, const RegionalProfile& r);
 
 // CStr(double): 15 significant digits, no trailing zeros, exponent form like VB.
+// Example: CStr(1.0 / 3, de-DE) == "0,333333333333333"; CStr(0.00001, en-US) == "1E-05".
 std::string CStr(double value, const RegionalProfile& r);
 
 // Val(text): the leading number, "." only, blanks inside skipped, &H/&O.
