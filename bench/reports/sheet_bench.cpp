@@ -134,8 +134,8 @@ void BM_CsvSink(benchmark::State& state) {
     NoEventLog events;
     Program ctx(ProgramInfo{}, host, clock, events,
                 clsRegionalSettings(*clsRegionalSettings::named("de-DE")));
-    ctx.opt.listseparator = ";";
-    ctx.opt.decseparator = ",";
+    ctx.opt.listseparator.assign(1, ';');  // assign(1, c): GCC 12 -Wrestrict false positive
+    ctx.opt.decseparator.assign(1, ',');
     for (auto _ : state) {
         open_csv_report(ctx, scratch("qumbrel-bench-sink.csv"));
         reset_field_array(ctx);

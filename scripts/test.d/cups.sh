@@ -143,7 +143,7 @@ CONF
 
     local up=0
     for _ in $(seq 100); do
-        if lpstat -r 2>/dev/null | grep -q "is running"; then
+        if [[ "$(lpstat -r 2>/dev/null || true)" == *"is running"* ]]; then
             up=1
             break
         fi
@@ -157,8 +157,13 @@ CONF
     fi
     local q
     for q in qumbrel_test_a qumbrel_test_b; do
-        lpadmin -p "$q" -E -v "qtest:$dir/out" -P "$dir/conf/qtest.ppd" \
-            -o printer-error-policy=abort-job
+        # (lpadmin warns that PPD drivers are deprecated; they still work in CUPS 2.4)
+        if ! lpadmin -p "$q" -E -v "qtest:$dir/out" -P "$dir/conf/qtest.ppd" \
+            -o printer-error-policy=abort-job 2>/dev/null; then
+            echo "cups: cannot create the test queue $q; the printing tests will skip"
+            cups_test_stop
+            return 0
+        fi
     done
     export QUMBREL_CUPS_DIR QUMBREL_CUPS_PID
     export QUMBREL_CUPS_OUT="$dir/out"

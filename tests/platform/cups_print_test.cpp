@@ -20,12 +20,22 @@ namespace {
 namespace fs = std::filesystem;
 
 // The user's lpoptions live under $HOME: give this process a HOME of its own before
-// libcups first reads it.
-const std::string kHome = [] {
-    std::string tmpl = (fs::temp_directory_path() / "qumbrel-cups-home-XXXXXX").string();
-    if (::mkdtemp(tmpl.data())) ::setenv("HOME", tmpl.c_str(), 1);
-    return tmpl;
-}();
+// libcups first reads it, and remove it at exit.
+struct PrivateHome {
+    std::string path;
+    PrivateHome() {
+        std::string tmpl = (fs::temp_directory_path() / "qumbrel-cups-home-XXXXXX").string();
+        if (::mkdtemp(tmpl.data())) {
+            ::setenv("HOME", tmpl.c_str(), 1);
+            path = tmpl;
+        }
+    }
+    ~PrivateHome() {
+        std::error_code ec;
+        if (!path.empty()) fs::remove_all(path, ec);
+    }
+};
+const PrivateHome kHome;
 
 const char* env(const char* name) {
     const char* v = std::getenv(name);
@@ -170,7 +180,7 @@ TEST_F(CupsPrintTest, SetDefaultChangesAndRestoresIt) {
     EXPECT_EQ(sys->default_printer().name, before.name);
     EXPECT_EQ(sys->default_printer().userChosen, before.userChosen);
     // A default that came from the server is not pinned in the user's options.
-    const std::string lpoptions = testing::read_file(kHome + "/.cups/lpoptions");
+    const std::string lpoptions = testing::read_file(kHome.path + "/.cups/lpoptions");
     if (!before.userChosen) {
         EXPECT_EQ(lpoptions.find("Default"), std::string::npos) << lpoptions;
     }
