@@ -176,16 +176,21 @@ TEST_F(SinkTest, XlsCellsByValueType) {
     fkt_convertsetvalue(*tp, 1, 7, 1, std::string(256, 'x'), false, 0);  // cell left out
     fkt_convertsetvalue(*tp, 1, 0, 1, std::string("x"), true, 0);        // no place
     fkt_convertsetvalue(*tp, 1, 1, 0, std::string("x"), true, 0);
+    fkt_convertsetvalue(*tp, 1, 8, 1, std::string(""), false, 0);  // an empty label
+    tp->opt.decseparator = tp->opt.listseparator;  // quoting is a CSV matter only
+    fkt_convertsetvalue(*tp, 1, 9, 1, 1.5, false, 4);
     ASSERT_EQ(xls.CloseFile(), 0);
     std::string error;
     auto recs = test::walk_biff2(test::read_all(path), error);
     ASSERT_EQ(error, "");
-    ASSERT_EQ(recs.size(), 25u + 4);
+    ASSERT_EQ(recs.size(), 25u + 6);
     EXPECT_EQ(recs[25].id, biff2::id::kLabel);
     EXPECT_EQ(test::hex(recs[25].data), "00 00 00 00 00 00 01 03 31 30 30");
     EXPECT_EQ(test::hex(recs[26].data), "00 00 01 00 00 00 03 2A 00");
     EXPECT_EQ(test::hex(recs[27].data), "00 00 02 00 00 04 03 00 00 00 00 00 80 35 40");
     EXPECT_EQ(test::hex(recs[28].data.substr(0, 7)), "00 00 03 00 00 0C 03");
+    EXPECT_EQ(test::hex(recs[29].data), "00 00 07 00 00 00 01 00");
+    EXPECT_EQ(test::hex(recs[30].data), "00 00 08 00 00 04 03 00 00 00 00 00 00 F8 3F");
     EXPECT_EQ(error_log(), "");  // cells left out are not reported
 }
 
