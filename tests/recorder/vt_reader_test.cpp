@@ -11,6 +11,7 @@
 #include "reclib/writer.h"
 #include "recorder/damage.h"
 #include "recorder/file_elements.h"
+#include "recorder/time_text.h"
 #include "recorder/vt_reader.h"
 #include "tests/support/test_support.h"
 
@@ -563,6 +564,23 @@ TEST_F(VtReaderTest, FlippedBytesGiveZeroCountsOrADamagedStatus) {
         }
     }
     EXPECT_GT(damaged, 0);
+}
+
+TEST_F(VtReaderTest, FiveFamiliesSplitTicksTheirOwnWay) {
+    // VT, KL and VQ count eighths of a second, VU and HN milliseconds.
+    DateTimeTexts t;
+    VTGetDateTime(ctx, k20070309_120503, 4, t);
+    EXPECT_EQ(t.dateTime, "09.03.2007 12:05:03.500");
+    KLGetDateTime(ctx, k20070309_120503, 4, t);
+    EXPECT_EQ(t.timeWithMs, "12:05:03.500");
+    VQGetDateTime(ctx, k20070309_120503, 4, t);
+    EXPECT_EQ(t.timeWithMs, "12:05:03.500");
+    VUGetDateTime(ctx, k20070309_120503, 4, t);
+    EXPECT_EQ(t.timeWithMs, "12:05:03.004");
+    HNGetDateTime(ctx, k20070309_120503, 999, t);
+    EXPECT_EQ(t.dateTime, "09.03.2007 12:05:03.999");
+    EXPECT_EQ(t.ms, "999");
+    EXPECT_EQ(error_log(), "");
 }
 
 }  // namespace

@@ -1,11 +1,14 @@
-// The VT reader when its library cannot be found: zero counts and error log lines, no
-// crash. A process of its own, since a library once loaded stays findable by name.
+// Readers whose library cannot be found: zero counts and error log lines, no crash. A
+// process of its own, since a library once loaded stays findable by name.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <vector>
 
+#include "frame/errors.h"
+#include "recorder/time_text.h"
 #include "recorder/vt_reader.h"
 #include "tests/support/test_support.h"
 
@@ -35,6 +38,28 @@ TEST(VtReaderWithoutLibrary, ZeroCountsAndAnErrorLogLine) {
     EXPECT_NE(log.find("Errornumber: 53;"), std::string::npos) << log;
     EXPECT_NE(log.find("libDllVTFileAccess32.so"), std::string::npos) << log;
     EXPECT_NE(log.find("VTGetMeasData()"), std::string::npos) << log;
+}
+
+// VQ splits its seconds with the VU library's function (kept so): with only the VU library
+// at hand, VQ times work and VT times do not.
+TEST(VqTimes, NeedOnlyTheVuLibrary) {
+    TestProgram p{"de-DE"};
+    const auto only = p.dir.path() / "only-vu";
+    std::filesystem::create_directory(only);
+    std::filesystem::create_symlink(
+        std::filesystem::path(QUMBREL_BIN_DIR) / "libDllVUFileAccess.so",
+        only / "libDllVUFileAccess.so");
+    ::setenv("QUMBREL_RECLIB_PATH", only.c_str(), 1);
+    DateTimeTexts t;
+    VQGetDateTime(*p, 1173441903, 1, t);
+    EXPECT_EQ(t.dateTime, "09.03.2007 12:05:03.125");
+    try {
+        VTGetDateTime(*p, 1173441903, 1, t);
+        ADD_FAILURE() << "the VT library is not there";
+    } catch (const VbError& e) {
+        EXPECT_EQ(e.number(), 53);
+    }
+    ::unsetenv("QUMBREL_RECLIB_PATH");
 }
 
 }  // namespace
