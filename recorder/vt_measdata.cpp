@@ -34,7 +34,8 @@ void check_count(const std::string& path, std::int32_t count, std::size_t channe
     if (static_cast<std::uint64_t>(count) > fileBytes || rows * (channels + 1) > kMaxCells) {
         throw VbError(errnum::kOutOfMemory, "Out of memory: " + std::to_string(count) +
                                                 " samples of " + std::to_string(channels) +
-                                                " channels do not fit in " + path);
+                                                " channels are more than " + path + " (" +
+                                                std::to_string(fileBytes) + " bytes) can hold");
     }
 }
 
