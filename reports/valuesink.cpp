@@ -102,19 +102,15 @@ void write_xls(Program& ctx, std::int32_t iColum, std::int32_t iRow, const CellV
 }
 
 // Step 6: the line is every element behind a separator, the first separator cut when it
-// is one character, and CR LF.
+// is one character, and CR LF. The pieces go straight into the output buffer.
 void end_line(Program& ctx, SinkState& s) {
     const std::string& sep = ctx.opt.listseparator;
-    std::string& line = s.line;
-    line.clear();
+    const bool cutFirst = utf8_length(sep) == 1;
     for (std::size_t i = 1; i < s.fields.size(); ++i) {
-        line.append(sep);
-        line.append(s.fields[i]);
+        if (i > 1 || !cutFirst) s.csv.write(sep);
+        s.csv.write(s.fields[i]);
     }
-    if (!line.empty() && utf8_length(sep) == 1) line.erase(0, sep.size());
-    line.append("\r\n");
-    s.csv.write(line);
-    line.clear();
+    s.csv.write(std::string_view("\r\n", 2));
     s.fields.assign(2, std::string());
 }
 
@@ -169,7 +165,6 @@ std::int32_t close_csv_report(Program& ctx) {
 void reset_field_array(Program& ctx) {
     SinkState& s = ctx.state<SinkState>();
     s.fields.assign(2, std::string());
-    s.line.clear();
 }
 
 void ArrayInsert(Program& ctx, FieldArray& aValues, std::int32_t iIndex, std::string vValue,

@@ -27,7 +27,6 @@ using FieldArray = std::vector<std::string>;
 // Per-run state of the sink, alive from report to report.
 struct SinkState {
     FieldArray fields;  // empty until the first value of the run arrives
-    std::string line;   // the line text, empty between lines
     OutputFile csv;     // the CSV output file, opened by the generator
     std::unique_ptr<ExcelFile> g_ExcelFile;
 
