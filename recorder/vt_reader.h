@@ -4,10 +4,10 @@
 // Every reader opens the file by path and closes it again, except VTGetMeasData, which
 // leaves its handle open to the end of the process (kept so). Paths go to the library as
 // they are (the system's code page is UTF-8 here); texts come back decoded from
-// Windows-1252 after the filters. Each reader has an error
-// trap: a run-time error (a missing library included) goes to the error log under the
-// reader's name and the reader returns; out-parameters keep what they had, as far as the
-// steps before the failure did not set them.
+// Windows-1252 after the filters. Each reader has an error trap: a run-time error (a
+// missing library included) goes to the error log under the reader's name and the reader
+// returns; out-parameters keep what they had, as far as the steps before the failure did
+// not set them.
 //
 // Out-parameters are one plain struct per reader, fields in the order of the reader's
 // parameter list. A generator keeps one struct per record and passes it in; fields are
