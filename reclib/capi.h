@@ -85,7 +85,7 @@ inline void put(double* p, double v) {
 inline void put(char* p, int width, std::string_view v) {
     if (!p || width <= 0) return;
     const std::size_t n = v.size() < static_cast<std::size_t>(width) ? v.size() : width;
-    std::memcpy(p, v.data(), n);
+    if (n > 0) std::memcpy(p, v.data(), n);
     std::memset(p + n, 0, static_cast<std::size_t>(width) - n);
 }
 
