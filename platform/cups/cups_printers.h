@@ -11,4 +11,9 @@ namespace qumbrel {
 // Talks to the server libcups finds (CUPS_SERVER, client.conf, else the local socket).
 std::shared_ptr<PrinterSystem> make_cups_printer_system();
 
+// Makes CUPS the print service of this run (PrintFile, PrintFile2, cSetDfltPrinter).
+inline void use_cups_printers(Program& ctx) {
+    ctx.state<PrintState>().system = make_cups_printer_system();
+}
+
 }  // namespace qumbrel

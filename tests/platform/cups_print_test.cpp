@@ -92,7 +92,7 @@ class CupsPrintTest : public ::testing::Test {
         spool = fs::path(env("QUMBREL_CUPS_DIR") ? env("QUMBREL_CUPS_DIR") : "") / "spool";
         testing::write_file(tp.dir.file("lang.lng"), "[MSG]\nprintfile=\"Printing \"\n");
         tp->opt.language = tp.dir.file("lang.lng");
-        tp->state<PrintState>().system = make_cups_printer_system();
+        use_cups_printers(*tp);
     }
     std::string error_log() { return testing::read_file(tp->program_file("error.log")); }
 

@@ -177,7 +177,7 @@ TEST_F(SinkTest, XlsCellsByValueType) {
     fkt_convertsetvalue(*tp, 1, 0, 1, std::string("x"), true, 0);        // no place
     fkt_convertsetvalue(*tp, 1, 1, 0, std::string("x"), true, 0);
     fkt_convertsetvalue(*tp, 1, 8, 1, std::string(""), false, 0);  // an empty label
-    tp->opt.decseparator = tp->opt.listseparator;  // quoting is a CSV matter only
+    tp->opt.decseparator = tp->opt.listseparator;                  // quoting is a CSV matter only
     fkt_convertsetvalue(*tp, 1, 9, 1, 1.5, false, 4);
     ASSERT_EQ(xls.CloseFile(), 0);
     std::string error;
