@@ -34,12 +34,6 @@ bool MappedFile::open(const char* path) {
 
 std::int32_t HandleTable::open(const char* path, Family family) {
     if (!path) return abi::kErrArgument;
-    {
-        std::lock_guard lock(mutex_);
-        if (files_.size() >= static_cast<std::size_t>(abi::kMaxOpenHandles)) {
-            return abi::kErrTooMany;
-        }
-    }
     auto file = std::make_shared<OpenFile>();
     if (!file->map.open(path)) return abi::kErrOpen;
     const ParseStatus st = parse(file->map.bytes(), file->parsed);
@@ -48,18 +42,25 @@ std::int32_t HandleTable::open(const char* path, Family family) {
         return abi::kErrFormat;
     }
     std::lock_guard lock(mutex_);
-    if (files_.size() >= static_cast<std::size_t>(abi::kMaxOpenHandles)) return abi::kErrTooMany;
+    if (files_.size() >= static_cast<std::size_t>(abi::kMaxOpenHandles)) {
+        auto oldest = std::min_element(files_.begin(), files_.end(), [](auto& a, auto& b) {
+            return a.second.lastUse < b.second.lastUse;
+        });
+        files_.erase(oldest);
+    }
     std::int32_t h = next_;
     while (h <= 0 || files_.contains(h)) h = h <= 0 ? 1 : h + 1;
     next_ = h == INT32_MAX ? 1 : h + 1;
-    files_.emplace(h, std::move(file));
+    files_.emplace(h, Entry{std::move(file), ++clock_});
     return h;
 }
 
 std::shared_ptr<const OpenFile> HandleTable::get(std::int32_t handle) const {
     std::lock_guard lock(mutex_);
     auto it = files_.find(handle);
-    return it == files_.end() ? nullptr : it->second;
+    if (it == files_.end()) return nullptr;
+    it->second.lastUse = ++clock_;
+    return it->second.file;
 }
 
 bool HandleTable::close(std::int32_t handle) {

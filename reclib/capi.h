@@ -36,6 +36,8 @@ struct OpenFile {
 };
 
 // The open handles of one library: at most abi::kMaxOpenHandles, numbered from 1, never 0.
+// When the table is full, an open closes the handle used longest ago. A file stays mapped
+// while a call that looked it up still runs.
 class HandleTable {
   public:
     // Opens, parses and registers a file of `family`; the handle or a negative status.
@@ -44,8 +46,13 @@ class HandleTable {
     bool close(std::int32_t handle);
 
   private:
+    struct Entry {
+        std::shared_ptr<const OpenFile> file;
+        std::uint64_t lastUse = 0;
+    };
     mutable std::mutex mutex_;
-    std::unordered_map<std::int32_t, std::shared_ptr<const OpenFile>> files_;
+    mutable std::unordered_map<std::int32_t, Entry> files_;
+    mutable std::uint64_t clock_ = 0;
     std::int32_t next_ = 1;
 };
 

@@ -29,10 +29,12 @@ inline constexpr std::int32_t kErrIndex = -2;     // index outside the file's re
 inline constexpr std::int32_t kErrOpen = -3;      // file missing or unreadable
 inline constexpr std::int32_t kErrFormat = -4;    // not a recorder file of this family
 inline constexpr std::int32_t kErrArgument = -5;  // null pointer or negative count
-inline constexpr std::int32_t kErrTooMany = -6;   // too many open handles
+inline constexpr std::int32_t kErrTooMany = -6;   // reserved: the table evicts instead
 
-// Open handles one library keeps at a time; an open beyond that fails with kErrTooMany.
-inline constexpr std::int32_t kMaxOpenHandles = 256;
+// Open handles one library keeps at a time. Opening one more closes the handle that was
+// used longest ago: a caller that never closes (the VT measured-data reader keeps its
+// handle to the end of the process) cannot exhaust the table.
+inline constexpr std::int32_t kMaxOpenHandles = 1024;
 
 // The same rule for every family's to-date-time function.
 inline constexpr std::int32_t kTicksPerSecondEighths = 8;

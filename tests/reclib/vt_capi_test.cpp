@@ -342,19 +342,21 @@ TEST_F(VtCapi, ToDateTimeSplitsSecondsFromTheEpoch) {
     EXPECT_EQ(std::vector({y, mo, d, hh, mi, s}), std::vector({2038, 1, 19, 3, 14, 7}));
 }
 
-TEST_F(VtCapi, HandleTableIsBounded) {
+TEST_F(VtCapi, FullHandleTableClosesTheHandleUsedLongestAgo) {
     const auto path = write(vt_file(Kind::Event), "a.oge");
-    std::vector<std::int32_t> open;
-    std::int32_t h = 0, st = abi::kOk;
-    for (int i = 0; i <= abi::kMaxOpenHandles && st == abi::kOk; ++i) {
-        st = api.DllVTopenReadFile(path.c_str(), &h);
-        if (st == abi::kOk) open.push_back(h);
-    }
-    EXPECT_EQ(st, abi::kErrTooMany);
-    EXPECT_EQ(open.size(), static_cast<std::size_t>(abi::kMaxOpenHandles));
-    for (std::int32_t x : open) EXPECT_EQ(api.DllVTcloseReadFile(x), abi::kOk);
-    EXPECT_EQ(api.DllVTopenReadFile(path.c_str(), &h), abi::kOk);
-    api.DllVTcloseReadFile(h);
+    std::vector<std::int32_t> handles;
+    for (int i = 0; i < abi::kMaxOpenHandles; ++i) handles.push_back(open(path));
+    std::int32_t groups = 0, width = 0;
+    // Touch the first handle: the second is now the one used longest ago.
+    EXPECT_EQ(api.DllVTgetGroupNumFile(handles[0], &groups, &width), abi::kOk);
+    const std::int32_t extra = open(path);
+    EXPECT_EQ(api.DllVTgetGroupNumFile(handles[1], &groups, &width), abi::kErrHandle);
+    EXPECT_EQ(groups, 0);
+    EXPECT_EQ(api.DllVTgetGroupNumFile(handles[0], &groups, &width), abi::kOk);
+    EXPECT_EQ(api.DllVTgetGroupNumFile(extra, &groups, &width), abi::kOk);
+    EXPECT_EQ(groups, 2);
+    for (std::int32_t h : handles) api.DllVTcloseReadFile(h);
+    EXPECT_EQ(api.DllVTcloseReadFile(extra), abi::kOk);
 }
 
 }  // namespace
