@@ -32,22 +32,14 @@ void append_int(std::string& out, std::int32_t v) {
 
 // The text of a value as the system converts it (CStr).
 void append_value_text(std::string& out, const Program& ctx, const CellValue& v) {
-    switch (v.index()) {
-        case 1:
-            out.append(std::get<std::string>(v));
-            break;
-        case 2:
-            append_int(out, std::get<std::int32_t>(v));
-            break;
-        case 3:
-            append_number_text(out, std::get<double>(v), ctx.regional.DecimalSymbol());
-            break;
-        case 4:
-            out.append(
-                vb::FormatDate(std::get<DateTime>(v), "General Date", ctx.regional.profile()));
-            break;
-        default:
-            break;
+    if (const auto* s = std::get_if<std::string>(&v)) {
+        out.append(*s);
+    } else if (const double* d = std::get_if<double>(&v)) {
+        append_number_text(out, *d, ctx.regional.DecimalSymbol());
+    } else if (const auto* i = std::get_if<std::int32_t>(&v)) {
+        append_int(out, *i);
+    } else if (const auto* t = std::get_if<DateTime>(&v)) {
+        out.append(vb::FormatDate(*t, "General Date", ctx.regional.profile()));
     }
 }
 

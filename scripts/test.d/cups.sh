@@ -38,7 +38,7 @@ cups_test_start() {
     chmod 755 "$dir"  # the filters run as lp and must reach the spool
     QUMBREL_CUPS_DIR="$dir"
     mkdir -p "$dir"/{conf,spool,spool/tmp,cache,state,log,out,serverbin/backend}
-    chmod 777 "$dir/out"
+    chmod 755 "$dir/out"
 
     # The system's filters and backends, plus a backend of ours that files each job.
     local d
