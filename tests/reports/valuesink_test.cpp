@@ -80,6 +80,12 @@ TEST_F(SinkTest, NumbersUseTheSystemsConversionAndAreQuotedWhenSeparatorsClash) 
               "\"21,5\";\"-3\";\"1E-05\";\"0,3\";\"7,25\";\"1E+15\";\r\n");
 }
 
+TEST_F(SinkTest, DatesAsTextAreTheSystemsGeneralDate) {
+    const DateTime t{2024, 1, 2, 3, 4, 5, 0};
+    EXPECT_EQ(csv([&] { line({{1, t}}, 12); }), "02.01.2024 03:04:05;\r\n");
+    EXPECT_EQ(csv([&] { line({{1, t}}, 0); }), "\"02.01.2024 03:04:05\";\r\n");
+}
+
 TEST_F(SinkTest, TwoCharacterSeparatorKeepsTheLeadingSeparator) {
     tp->opt.listseparator = ";;";
     EXPECT_EQ(csv([&] { line({{1, std::int32_t{1}}, {2, std::int32_t{2}}}, 1); }), ";;1;;2;;\r\n");
