@@ -20,6 +20,8 @@ struct SampleCell {
 
 // Rows by columns, indexed (row, col) as the sample arrays are: row 0 the channel
 // numbers, rows 1.. the samples; column 0 stays unused, channel positions count from 1.
+// Stored column by column: a channel's samples arrive from the library in one run, and a
+// row-wise reader walks one sequential stream per channel.
 class SampleMatrix {
   public:
     // All cells Empty.
@@ -30,13 +32,13 @@ class SampleMatrix {
     std::size_t cols() const { return cols_; }
 
     SampleCell at(std::size_t row, std::size_t col) const {
-        const std::size_t i = row * cols_ + col;
+        const std::size_t i = col * rows_ + row;
         return {kinds_[i], values_[i]};
     }
-    SampleKind kind(std::size_t row, std::size_t col) const { return kinds_[row * cols_ + col]; }
-    double value(std::size_t row, std::size_t col) const { return values_[row * cols_ + col]; }
+    SampleKind kind(std::size_t row, std::size_t col) const { return kinds_[col * rows_ + row]; }
+    double value(std::size_t row, std::size_t col) const { return values_[col * rows_ + row]; }
     void set(std::size_t row, std::size_t col, SampleKind kind, double value) {
-        const std::size_t i = row * cols_ + col;
+        const std::size_t i = col * rows_ + row;
         kinds_[i] = kind;
         values_[i] = value;
     }
