@@ -128,7 +128,11 @@ Position resolve(const ParsedFile& p, std::int32_t position, bool maxSeries) {
     const int series = maxSeries || (display && position % 2 == 1) ? 1 : 0;
     const ChannelView& ch = p.channels[index];
     if (series >= ch.series) return {};
-    return {&ch, series};
+    return channel_position(p, ch, series);
+}
+
+Position channel_position(const ParsedFile& p, const ChannelView& channel, int series) {
+    return {&channel, series, std::min(channel.count, p.timeCount)};
 }
 
 namespace {
@@ -144,7 +148,7 @@ template <class T, class Get>
 std::int32_t copy_with(const Position& at, std::int32_t start, std::int32_t count, T* out,
                        Get get) {
     if (!at.channel || !out) return 0;
-    const std::uint32_t n = span_of(at.channel->count, start, count);
+    const std::uint32_t n = span_of(at.limit, start, count);
     const auto first = static_cast<std::uint32_t>(start);
     for (std::uint32_t k = 0; k < n; ++k) out[k] = get(*at.channel, at.series, first + k);
     return static_cast<std::int32_t>(n);
@@ -169,10 +173,10 @@ std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t c
                      [](const ChannelView& c, int s, std::uint32_t i) { return c.fsample(s, i); });
 }
 
-std::int32_t copy_bytes(const std::uint8_t* data, std::uint32_t size, std::int32_t start,
-                        std::int32_t count, std::uint8_t* out) {
+std::int32_t copy_bytes(const std::uint8_t* data, std::uint32_t size, const Position& at,
+                        std::int32_t start, std::int32_t count, std::uint8_t* out) {
     if (!data || !out) return 0;
-    const std::uint32_t n = span_of(size, start, count);
+    const std::uint32_t n = span_of(std::min(size, at.limit), start, count);
     if (n == 0) return 0;
     std::memcpy(out, data + start, n);
     return static_cast<std::int32_t>(n);

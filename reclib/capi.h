@@ -111,10 +111,14 @@ std::int32_t sample_count(const ParsedFile& p);
 
 // The channel and series a sample position names: in an event file position p is
 // channel p; in a display file channel p / 2, series p % 2. `maxSeries` forces series 1.
+// Samples beyond the file's sample count (its TIME section) are never served, so a damaged
+// file cannot give a caller more samples than the count it reported.
 struct Position {
     const ChannelView* channel = nullptr;
     int series = 0;
+    std::uint32_t limit = 0;  // samples that may be read
 };
+Position channel_position(const ParsedFile& p, const ChannelView& channel, int series);
 Position resolve(const ParsedFile& p, std::int32_t position, bool maxSeries = false);
 
 // Copies samples start.. of a position into `out` (int16 saturates); the count copied.
@@ -123,9 +127,9 @@ std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t c
 std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count,
                           std::int32_t* out);
 std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count, float* out);
-// Per-sample bytes (alarms or flags) of a channel.
-std::int32_t copy_bytes(const std::uint8_t* data, std::uint32_t size, std::int32_t start,
-                        std::int32_t count, std::uint8_t* out);
+// Per-sample bytes (alarms or flags) of a channel, within the position's limit.
+std::int32_t copy_bytes(const std::uint8_t* data, std::uint32_t size, const Position& at,
+                        std::int32_t start, std::int32_t count, std::uint8_t* out);
 // Sample times start.. into the two arrays; the count copied.
 std::int32_t copy_times(const ParsedFile& p, std::int32_t start, std::int32_t count,
                         std::int32_t* seconds, std::int32_t* ticks);

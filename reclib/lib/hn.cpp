@@ -45,7 +45,7 @@ std::int32_t fifo_data(std::int32_t handle, std::int32_t fifoId, std::int32_t fi
     if (!found || c.info.i("fifoId") != fifoId || c.info.i("fifoType") != fifoType) {
         return abi::kErrIndex;
     }
-    const std::int32_t n = copy_samples(Position{&c, 0}, start, count, samples);
+    const std::int32_t n = copy_samples(channel_position(h.p(), c, 0), start, count, samples);
     for (std::int32_t k = 0; k < n; ++k) {
         const auto i = static_cast<std::uint32_t>(start + k);
         if (seconds) seconds[k] = h.p().second_at(i);
