@@ -133,5 +133,4 @@ QUMBREL_RECLIB_API int32_t DllVTgetTimesFile(int32_t handle, int32_t start, int3
     X(DllVTgetTimesFile)
 
 // Function-pointer types, one per symbol: DllVTopenReadFile_fn and so on.
-
 QUMBREL_VT_FUNCTIONS(QUMBREL_ABI_FN_TYPE)
