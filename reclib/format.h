@@ -1,6 +1,6 @@
 #pragma once
 // Constants of the reference file layout (docs/recorder-format.md): a 32-byte file header,
-// then a body of tagged sections; CRC-32 (zlib's) over the body.
+// then a body of tagged sections; CRC-32 (zlib's) over the body and the header's fields.
 #include <cstddef>
 #include <cstdint>
 
@@ -11,6 +11,10 @@ inline constexpr std::uint16_t kVersionMajor = 1;  // a reader refuses another m
 inline constexpr std::uint16_t kVersionMinor = 0;  // a newer minor only adds sections
 inline constexpr std::size_t kHeaderSize = 32;
 inline constexpr std::size_t kSectionHeaderSize = 8;  // tag, payload length
+// The CRC covers the body, then these header bytes: versions, family, kind, header size
+// and body length, so that a flipped kind cannot pass for an intact file.
+inline constexpr std::size_t kCrcHeaderFrom = 8;
+inline constexpr std::size_t kCrcHeaderLength = 16;
 
 constexpr std::uint32_t tag(const char (&t)[5]) {
     return static_cast<std::uint32_t>(static_cast<unsigned char>(t[0])) |

@@ -229,8 +229,10 @@ ParseStatus parse(std::span<const std::uint8_t> bytes, ParsedFile& out) {
     const std::size_t length =
         static_cast<std::size_t>(std::min<std::uint64_t>(bodyLength, available));
     const std::uint8_t* body = bytes.data() + headerSize;
+    const uLong bodyCrc = ::crc32_z(::crc32_z(0L, Z_NULL, 0), body, length);
     out.checksumOk =
-        bodyLength == length && ::crc32_z(::crc32_z(0L, Z_NULL, 0), body, length) == crc;
+        bodyLength == length &&
+        ::crc32_z(bodyCrc, bytes.data() + format::kCrcHeaderFrom, format::kCrcHeaderLength) == crc;
 
     bool sound = true;
     Cursor c(body, length);

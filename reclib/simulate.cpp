@@ -49,7 +49,8 @@ DataType channel_type(const SimOptions& o, std::int32_t index, bool math) {
 // A bounded random walk per channel; display files get a spread around it.
 void make_samples(Channel& ch, const SimOptions& o, Prng& rng) {
     const auto n = static_cast<std::size_t>(o.samples);
-    const bool display = o.kind == Kind::Display;
+    // HN files have one series whatever their kind.
+    const bool display = o.kind == Kind::Display && o.family != Family::HN;
     const std::int32_t limit = ch.type == DataType::Int16 ? 30000 : 2'000'000;
     std::int32_t v = rng.range(-limit / 10, limit / 10);
     std::vector<std::int32_t> lo(n), hi(display ? n : 0);

@@ -193,7 +193,10 @@ std::array<std::uint8_t, format::kHeaderSize> file_header(const RecorderFile& fi
     h.u8(static_cast<std::uint8_t>(file.kind));
     h.u16(static_cast<std::uint16_t>(format::kHeaderSize));
     h.u64(sink.length());
-    h.u32(damaged ? ~sink.crc() : sink.crc());
+    // The check sum runs on from the body over the header's fields (bytes 8 to 23).
+    const auto crc = static_cast<std::uint32_t>(
+        ::crc32_z(sink.crc(), h.b.data() + format::kCrcHeaderFrom, format::kCrcHeaderLength));
+    h.u32(damaged ? ~crc : crc);
     h.u32(0);
     std::array<std::uint8_t, format::kHeaderSize> out{};
     std::memcpy(out.data(), h.b.data(), out.size());
