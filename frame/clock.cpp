@@ -21,4 +21,9 @@ std::int64_t SystemClock::steady_ms() const {
     return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
+std::int64_t SystemClock::steady_ns() const {
+    using namespace std::chrono;
+    return duration_cast<nanoseconds>(steady_clock::now().time_since_epoch()).count();
+}
+
 }  // namespace qumbrel

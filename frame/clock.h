@@ -13,12 +13,15 @@ public:
     virtual DateTime now() const = 0;
     // Monotonic milliseconds, for stopwatches and timers.
     virtual std::int64_t steady_ms() const = 0;
+    // Monotonic nanoseconds, for the per-file conversion time.
+    virtual std::int64_t steady_ns() const { return steady_ms() * 1000000; }
 };
 
 class SystemClock final : public Clock {
 public:
     DateTime now() const override;
     std::int64_t steady_ms() const override;
+    std::int64_t steady_ns() const override;
 };
 
 // A clock that stands still until told to move; for tests.

@@ -217,8 +217,7 @@ bool write(const std::string& path, std::string_view section, std::string_view k
         for (char& c : *flat)
             if (c == '\r' || c == '\n') c = ' ';
     }
-    const std::optional<std::string_view> value =
-        flat ? std::optional<std::string_view>(*flat) : std::nullopt;
+    const std::string* value = flat ? &*flat : nullptr;
     Document doc;
     const FileState st = load(path, doc);
     if (st == FileState::TooLarge || st == FileState::Unreadable) return false;
@@ -226,14 +225,14 @@ bool write(const std::string& path, std::string_view section, std::string_view k
     if (head == std::string::npos) {
         if (!value) return true;  // nothing to remove
         doc.lines.push_back("[" + std::string(section) + "]");
-        doc.lines.push_back(std::string(key) + "=" + std::string(*value));
+        doc.lines.push_back(std::string(key) + "=" + *value);
         return save(path, doc);
     }
     const std::size_t at = find_key(doc, head, key);
     if (at != std::string::npos) {
         if (value) {
             const std::string name(parse_line(doc.lines[at]).name);
-            doc.lines[at] = name + "=" + std::string(*value);
+            doc.lines[at] = name + "=" + *value;
         } else {
             doc.lines.erase(doc.lines.begin() + static_cast<std::ptrdiff_t>(at));
         }
@@ -244,7 +243,7 @@ bool write(const std::string& path, std::string_view section, std::string_view k
     std::size_t insert = section_end(doc, head);
     while (insert > head + 1 && trim_blanks(doc.lines[insert - 1]).empty()) --insert;
     doc.lines.insert(doc.lines.begin() + static_cast<std::ptrdiff_t>(insert),
-                     std::string(key) + "=" + std::string(*value));
+                     std::string(key) + "=" + *value);
     return save(path, doc);
 }
 

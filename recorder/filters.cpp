@@ -88,8 +88,7 @@ std::string fkt_TrimNull(Program& ctx, std::string_view text) {
                 if (c != '0' && c != '-') break;
             }
         }
-        out.assign(sign);
-        out.append(text.substr(i - 1));
+        out = std::string(sign) + std::string(text.substr(i - 1));
     } catch (...) {
         report_trapped(ctx, "fkt_TrimNull", 0);
     }

@@ -83,7 +83,7 @@ TEST(Options, HandEditedFormatLosesItsFirstCharacter) {
 TEST(Options, ChannelsAreCutByTheReadBuffer) {
     TestProgram p;
     std::string channels;
-    for (int i = 0; i < 300; ++i) channels += std::to_string(i % 10) + "|";
+    for (int i = 0; i < 400; ++i) channels += std::to_string(i % 10) + "|";
     write_file(p->run.strOptionFile, "[userdefined]\nChannels=" + channels + "\n");
     fkt_loadoptionfile(*p);
     EXPECT_EQ(p->opt.Channels.size(), 699u);
@@ -139,7 +139,7 @@ TEST(Options, SaveFunctionsWriteTheirKeysAndRoundTrip) {
     ASSERT_TRUE(fkt_saveoption_run(*p, v));
     ASSERT_TRUE(fkt_saveoption_settings(*p, v));
     clsINI ini(p->run.strOptionFile);
-    EXPECT_EQ(ini.GetKeyValue("file", "targetnameformat"), ">");  // trimmed: guard kept
+    EXPECT_EQ(ini.GetKeyValue("file", "targetnameformat"), "> $O");  // the guard keeps the blank
     EXPECT_EQ(ini.GetKeyValue("file", "savetoggle"), "1");
     EXPECT_EQ(ini.GetKeyValue("file", "alarminclusive"), "1");
     EXPECT_TRUE(fkt_reloadoptions(*p));

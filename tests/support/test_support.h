@@ -17,6 +17,7 @@ public:
     std::vector<AlertRequest> alerts;
     std::vector<std::string> messages;
     int pumps = 0;
+    bool mainWindowOpen = false;
 
     bool status_list_up() const override { return up; }
     long status_line_count() const override { return static_cast<long>(lines.size()); }
@@ -25,6 +26,7 @@ public:
     void pump_events() override { ++pumps; }
     void show_alert(const AlertRequest& a) override { alerts.push_back(a); }
     void message_box(std::string_view text, MessageIcon) override { messages.emplace_back(text); }
+    bool main_window_opened() const override { return mainWindowOpen; }
 };
 
 struct EventEntry {

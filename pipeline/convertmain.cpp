@@ -1,0 +1,322 @@
+#include "pipeline/convertmain.h"
+
+#include <filesystem>
+
+#include "frame/apifile.h"
+#include "frame/language.h"
+#include "frame/log.h"
+#include "frame/options_io.h"
+#include "frame/vbformat.h"
+#include "pipeline/family_table.h"
+#include "pipeline/name_composer.h"
+#include "pipeline/register.h"
+#include "pipeline/xtimer.h"
+
+namespace qumbrel {
+
+namespace {
+
+constexpr const char* kTrapName = "fkt_convertmain of Modul mod_convert_main";
+
+bool folder_exists(const std::string& path) {
+    std::error_code ec;
+    return !path.empty() && std::filesystem::is_directory(path, ec);
+}
+
+std::string with_separator(std::string path) {
+    if (path.empty() || path.back() != '/') path += '/';
+    return path;
+}
+
+// An option text compared with the number 1.
+bool equals_one(const std::string& text, const Program& ctx) {
+    const auto v = vb::CDbl(text, ctx.regional.profile());
+    return v && *v == 1.0;
+}
+
+// Lists a line when the status list is up and lets pending events run.
+void status(Program& ctx, const std::string& text) {
+    if (!ctx.host.status_list_up()) return;
+    fkt_lststatus(ctx, text);
+    ctx.host.pump_events();
+}
+
+void report_missing_path(Program& ctx, const std::string& path) {
+    report_plain(ctx, fkt_translate(ctx, "Pathnotexist"), path);
+}
+
+// A family in the table whose generator this build lacks: the file is marked failed
+// rather than disposed of without a report.
+int missing_generator(Program& ctx, const std::string& source, std::string_view what) {
+    ctx.err.clear();
+    ctx.err.number = errnum::kInvalidArgument;
+    ctx.err.source = ctx.info.baseName;
+    ctx.err.description = std::string(what) + " is not available in this build";
+    fkt_errorreport(ctx, kTrapName, source);
+    ctx.err.clear();
+    return 1;
+}
+
+}  // namespace
+
+ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
+                               const std::string& subfolder, const std::string& targetName,
+                               Flag interactive) {
+    ConvertOutcome outcome;
+    const Cls_APIFile api;
+    xTimer timer(ctx.clock);
+    Options& o = ctx.opt;
+    int step = 1;
+    auto list_time = [&] {
+        if (ctx.host.status_list_up())
+            fkt_lststatus(ctx, fkt_translate(ctx, "time") +
+                                   vb::Format(timer.RunTime(), "0.00 ms", ctx.regional.profile()));
+    };
+    try {
+        const std::string name = Cls_APIFile::GetFileName(source);
+
+        step = 2;
+        bool alreadyRegistered = false;
+        if (o.binfilemodus == 2 &&
+            is_set(fkt_CompareStringInFile(ctx, ctx.run.strRegisterFile, name))) {
+            fkt_logevent(ctx, "file already compiled: " + source, kFalse, 2);
+            if (is_set(interactive) && ctx.host.main_window_opened()) {
+                AlertRequest alert;
+                alert.text = fkt_translate(ctx, "allreadycompiled") + "\r\n" + name + "\r\n\r\n" +
+                             vb::FormatDate(ctx.clock.now(), "Short Time", ctx.regional.profile());
+                alert.seconds = 4;
+                // 0xC0FFFF as stored (blue, green, red): light yellow.
+                alert.red = 0xFF;
+                alert.green = 0xFF;
+                alert.blue = 0xC0;
+                ctx.host.show_alert(alert);
+                alreadyRegistered = true;
+            }
+            if (!is_set(interactive)) {
+                outcome.skipped = true;
+                return outcome;
+            }
+        }
+
+        step = 3;
+        timer.Calibrieren();
+        timer.Start();
+        step = 4;
+        fkt_reloadoptions(ctx);
+        step = 5;
+        fkt_convertfilename(ctx, source);
+
+        step = 6;
+        if (o.targetpathRaw.find('$') != std::string::npos) {
+            o.targetpath = fkt_FormatName(ctx, o.targetpathRaw, kTrue);
+            bool created = folder_exists(o.targetpath) || Cls_APIFile::MakeFolderTree(o.targetpath);
+            // A source folder shorter than 3 characters follows the target folder (step 9),
+            // so there is nothing of its own to compose or create.
+            if (o.binfilemodus == 0 && o.targetpathsourcefileRaw.size() >= 3) {
+                o.targetpathsourcefile = fkt_FormatName(ctx, o.targetpathsourcefileRaw, kTrue);
+                if (!folder_exists(o.targetpathsourcefile))
+                    created = Cls_APIFile::MakeFolderTree(o.targetpathsourcefile);
+            }
+            if (!created) {
+                report_missing_path(ctx, o.targetpath);
+                outcome.pathMissing = true;
+                return outcome;
+            }
+        } else if (!folder_exists(o.targetpath)) {
+            report_missing_path(ctx, o.targetpath);
+            outcome.pathMissing = true;
+            return outcome;
+        }
+
+        step = 7;
+        const std::string sourceExt = Cls_APIFile::GetFileExtension(source, true);
+        step = 8;
+        status(ctx, fkt_translate(ctx, "startconverting"));
+
+        step = 9;
+        const std::string targetFolder = with_separator(o.targetpath);
+        const std::string sourceTargetFolder = with_separator(
+            o.targetpathsourcefile.size() < 3 ? targetFolder : o.targetpathsourcefile);
+
+        step = 10;
+        const std::string composedName = fkt_FormatName(ctx, o.targetnameformat, kFalse);
+        const bool fda = is_set(ctx.run.bFda);
+        std::string reportBase;
+        if (fda) {
+            reportBase = with_separator(Cls_APIFile::GetWindowsSpecialFolder(2)) + composedName;
+        } else {
+            reportBase = targetFolder + subfolder + composedName;
+            if (!targetName.empty()) reportBase = targetName;
+            if (!subfolder.empty() && !folder_exists(targetFolder + subfolder))
+                Cls_APIFile::MakeFolderTree(targetFolder + subfolder);
+        }
+
+        step = 11;
+        FamilyTable& table = family_table(ctx);
+        const auto family = family_of_extension(sourceExt);
+        FamilyFunctions* functions = family ? &table.of(family->family) : nullptr;
+        auto run = [&](const ReportGenerator& gen, const std::string& base,
+                       std::string_view what) -> int {
+            if (!functions) return 0;  // an extension in no row converts to nothing
+            if (!gen) return missing_generator(ctx, source, what);
+            return gen(ctx, source, base, interactive);
+        };
+        const bool up = ctx.host.status_list_up();
+        int errorCount = 0;
+        bool excelFailed = false;
+        if (o.noconversion == 0) {
+            fkt_logevent(ctx, "convert file: " + source, kFalse, 2);
+            switch (o.targetformat) {
+                case 0: {
+                    step = 12;
+                    if (up && !fda) status(ctx, reportBase + ".tmp");
+                    errorCount = run(functions ? functions->convertCSVXLS : nullptr, reportBase,
+                                     "The CSV report of this file family");
+                    std::string finalName =
+                        targetName.empty() ? reportBase + "." + o.fileextension : reportBase;
+                    if (errorCount > 0) {
+                        finalName += ".Error." + o.fileextension;
+                        api.RenameFile(reportBase + ".tmp", finalName);
+                    } else {
+                        api.RenameFile(reportBase + ".tmp", finalName);
+                        if (is_set(o.delreportfile)) api.DeleteComfort(finalName, false, false);
+                    }
+                    break;
+                }
+                case 1: {
+                    step = 13;
+                    if (up && !fda) status(ctx, reportBase + ".xls");
+                    errorCount = run(functions ? functions->convertCSVXLS : nullptr, reportBase,
+                                     "The XLS report of this file family");
+                    if (errorCount > 0)
+                        api.RenameFile(reportBase + ".xls", reportBase + ".Error.xls");
+                    else if (is_set(o.delreportfile))
+                        api.DeleteComfort(reportBase + ".xls", false, false);
+                    break;
+                }
+                case 2: {
+                    step = 14;
+                    auto& session = table.templates;
+                    if (!session.excelformat || !session.exceltemplate) {
+                        // Without a spreadsheet engine the source stays for a later run.
+                        missing_generator(ctx, source, "The spreadsheet template engine");
+                        errorCount = 1;
+                        excelFailed = true;
+                        break;
+                    }
+                    const std::string ext =
+                        session.excelformat(ctx, o.excelsourcefile, to_flag(o.runexcelmakro != 0));
+                    session.exceltemplate(ctx, o.excelsourcefile, reportBase + ext);
+                    if (up && !fda) status(ctx, reportBase + ext);
+                    errorCount = run(functions ? functions->convertXLSTPL : nullptr, reportBase,
+                                     "The template report of this file family");
+                    if (errorCount >= 1)
+                        api.RenameFile(reportBase + ext, reportBase + ".Error" + ext);
+                    else if (is_set(o.delreportfile))
+                        api.DeleteComfort(reportBase + ext, false, false);
+                    if (vb::Val(o.excelsourcefilealarmseparate) == 1 &&
+                        (is_set(o.messageinclusive) || is_set(o.alarminclusive))) {
+                        const std::string suffix = fkt_filterillegal(
+                            o.almlsuffix.empty() ? std::string("_AL_ML") : o.almlsuffix,
+                            to_flag(o.runexcelmakro != 0));
+                        session.exceltemplate(ctx, o.excelsourcefilealarm,
+                                              reportBase + suffix + ext);
+                        if (up && !fda) status(ctx, reportBase + suffix + ext);
+                        int alarmErrors = 0;
+                        if (functions && functions->convertXLSTPLALML)
+                            alarmErrors = functions->convertXLSTPLALML(
+                                ctx, source, reportBase + suffix, to_flag(o.runexcelmakro != 0));
+                        else if (functions)
+                            alarmErrors = missing_generator(ctx, source,
+                                                            "The alarm workbook of this family");
+                        errorCount = alarmErrors;
+                        // The first workbook takes the mark, not the alarm workbook.
+                        if (alarmErrors > 0)
+                            api.RenameFile(reportBase + ext, reportBase + ".Error" + ext);
+                        else if (is_set(o.delreportfile))
+                            api.DeleteComfort(reportBase + suffix + ext, false, false);
+                    }
+                    if (session.excelFailed) excelFailed = session.excelFailed(ctx);
+                    break;
+                }
+                case 3: {
+                    step = 15;
+                    if (up) status(ctx, reportBase + ".tmp");
+                    if (table.customerReport)
+                        table.customerReport(ctx, source, reportBase, interactive);
+                    else
+                        missing_generator(ctx, source, "The customer report");
+                    const std::string finalName =
+                        targetName.empty() ? reportBase + ".txt" : reportBase;
+                    api.RenameFile(reportBase + ".tmp", finalName);
+                    ctx.host.pump_events();
+                    break;
+                }
+                default: break;
+            }
+        }
+        outcome.errorCount = errorCount;
+
+        step = 16;
+        if (!excelFailed && !is_set(ctx.run.bDebug)) {
+            const bool sameName = equals_one(o.sourcenamesametarget, ctx) && o.targetname == 1;
+            switch (o.binfilemodus) {
+                case 0: {
+                    status(ctx, fkt_translate(ctx, "movefile"));
+                    const std::string folder = sourceTargetFolder + subfolder;
+                    if (!folder_exists(folder)) Cls_APIFile::MakeFolderTree(folder);
+                    std::string target;
+                    if (sameName) {
+                        target = with_separator(folder) + composedName +
+                                 (errorCount > 0 ? ".Error." : ".") + sourceExt;
+                    } else {
+                        target = with_separator(folder) + name +
+                                 (errorCount > 0 ? ".Error." + sourceExt : std::string());
+                    }
+                    if (int rc = api.MoveFile(source, target); rc != 0) {
+                        ctx.err.clear();
+                        ctx.err.number = errnum::kPathFileAccessError;
+                        ctx.err.source = ctx.info.baseName;
+                        ctx.err.description =
+                            "The source file could not be moved (" + std::to_string(rc) + ")";
+                        fkt_errorreport(ctx, kTrapName, source + " -> " + target);
+                        ctx.err.clear();
+                    }
+                    break;
+                }
+                case 1:
+                    status(ctx, fkt_translate(ctx, "deletefile"));
+                    api.DeleteComfort(source, false, false);
+                    break;
+                case 2: {
+                    const std::string errorMark =
+                        errorCount > 0 ? ".Error." + sourceExt : std::string();
+                    if (!errorMark.empty()) api.RenameFile(source, source + errorMark);
+                    // Bare names, relative to the working folder: kept as it is.
+                    if (sameName)
+                        api.RenameFile(name, composedName + "." + sourceExt + errorMark);
+                    if (!alreadyRegistered)
+                        fkt_AppendStringToFile(ctx, ctx.run.strRegisterFile,
+                                               name + errorMark + "    " + composedName + "." +
+                                                   sourceExt + errorMark + "\r\n");
+                    break;
+                }
+                default: break;
+            }
+        }
+
+        step = 17;
+        status(ctx, fkt_translate(ctx, "finished"));
+        timer.Halt();
+        list_time();
+        return outcome;
+    } catch (...) {
+        report_trapped(ctx, kTrapName, step);
+        timer.Halt();
+        list_time();
+        outcome.runtimeError = true;
+        return outcome;
+    }
+}
+
+}  // namespace qumbrel

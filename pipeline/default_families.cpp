@@ -1,0 +1,15 @@
+// The family functions this build has. Families whose readers or generators are not
+// built yet keep empty slots.
+#include "pipeline/family_table.h"
+#include "recorder/vt_reader.h"
+
+namespace qumbrel {
+
+FamilyTable default_family_table() {
+    FamilyTable t;
+    t.vt.fileElements = VTGetFileElements;
+    t.vt.fileInfo = fkt_ReadVTFileInfo;
+    return t;
+}
+
+}  // namespace qumbrel

@@ -1,0 +1,62 @@
+#pragma once
+// The functions of each recorder family that the pipeline calls: the file-elements reader
+// and the report generators. A family whose reader or generator is not built leaves its
+// slot empty: the elements of the previous file stand, and no report is written.
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "frame/context.h"
+#include "recorder/families.h"
+#include "recorder/vt_reader.h"
+
+namespace qumbrel {
+
+// (source, report path without extension, interactive) -> number of errors
+using ReportGenerator =
+    std::function<int(Program&, const std::string&, const std::string&, Flag)>;
+using ElementsReader = std::function<void(Program&, const std::string&)>;
+// The file information list of the run page (and of --info): lines and back colour.
+using InfoReader = std::function<void(Program&, FileInfoList&, const std::string&)>;
+
+struct FamilyFunctions {
+    ElementsReader fileElements;
+    InfoReader fileInfo;
+    ReportGenerator convertCSVXLS;
+    ReportGenerator convertXLSTPL;
+    ReportGenerator convertXLSTPLALML;
+};
+
+// The template session of the spreadsheet engine, as the driver needs it: the workbook
+// extension for a template, putting the working workbook at its target, and whether the
+// session could not be established.
+struct TemplateSession {
+    std::function<std::string(Program&, const std::string& templateFile, Flag macroWanted)>
+        excelformat;
+    std::function<bool(Program&, const std::string& templateFile, const std::string& target)>
+        exceltemplate;
+    std::function<bool(Program&)> excelFailed;
+};
+
+// What the driver and the name composer use; tests replace entries.
+struct FamilyTable {
+    FamilyFunctions vt, vu, vq, hn, kl;
+    ReportGenerator customerReport;  // the customer text, the same for every family
+    TemplateSession templates;
+    FamilyFunctions& of(RecorderFamily f);
+};
+
+// The table of the functions this build has.
+FamilyTable default_family_table();
+
+// The table the run uses: ctx.state<FamilyTableSlot>() holds it, filled with the
+// default table on first use.
+struct FamilyTableSlot {
+    std::optional<FamilyTable> table;
+};
+FamilyTable& family_table(Program& ctx);
+
+// True when the path's extension names a recorder family.
+Flag fkt_isfamilyfile(const std::string& path);
+
+}  // namespace qumbrel
