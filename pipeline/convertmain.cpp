@@ -90,8 +90,10 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                 alert.green = 0xFF;
                 alert.blue = 0xC0;
                 ctx.host.show_alert(alert);
-                alreadyRegistered = true;
             }
+            // A file converted again on demand keeps its one register line, with or
+            // without the alert.
+            alreadyRegistered = true;
             if (!is_set(interactive)) {
                 outcome.skipped = true;
                 return outcome;
@@ -227,8 +229,8 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                             alarmErrors = functions->convertXLSTPLALML(
                                 ctx, source, reportBase + suffix, to_flag(o.runexcelmakro != 0));
                         else if (functions)
-                            alarmErrors = missing_generator(ctx, source,
-                                                            "The alarm workbook of this family");
+                            alarmErrors =
+                                missing_generator(ctx, source, "The alarm workbook of this family");
                         errorCount = alarmErrors;
                         // The first workbook takes the mark, not the alarm workbook.
                         if (alarmErrors > 0)
@@ -252,7 +254,8 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                     ctx.host.pump_events();
                     break;
                 }
-                default: break;
+                default:
+                    break;
             }
         }
         outcome.errorCount = errorCount;
@@ -274,6 +277,7 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                                  (errorCount > 0 ? ".Error." + sourceExt : std::string());
                     }
                     if (int rc = api.MoveFile(source, target); rc != 0) {
+                        outcome.moveFailed = true;
                         ctx.err.clear();
                         ctx.err.number = errnum::kPathFileAccessError;
                         ctx.err.source = ctx.info.baseName;
@@ -293,15 +297,15 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                         errorCount > 0 ? ".Error." + sourceExt : std::string();
                     if (!errorMark.empty()) api.RenameFile(source, source + errorMark);
                     // Bare names, relative to the working folder: kept as it is.
-                    if (sameName)
-                        api.RenameFile(name, composedName + "." + sourceExt + errorMark);
+                    if (sameName) api.RenameFile(name, composedName + "." + sourceExt + errorMark);
                     if (!alreadyRegistered)
                         fkt_AppendStringToFile(ctx, ctx.run.strRegisterFile,
                                                name + errorMark + "    " + composedName + "." +
                                                    sourceExt + errorMark + "\r\n");
                     break;
                 }
-                default: break;
+                default:
+                    break;
             }
         }
 

@@ -9,11 +9,12 @@ namespace qumbrel {
 // What became of one run; the Windows design returns nothing, the process exit code and
 // the tests want to know.
 struct ConvertOutcome {
-    int errorCount = 0;          // the generator's result
-    bool runtimeError = false;   // the trap caught an error
-    bool pathMissing = false;    // target folder missing: nothing touched
-    bool skipped = false;        // registered already, non-interactive run
-    bool failed() const { return errorCount > 0 || runtimeError || pathMissing; }
+    int errorCount = 0;         // the generator's result
+    bool runtimeError = false;  // the trap caught an error
+    bool pathMissing = false;   // target folder missing: nothing touched
+    bool skipped = false;       // registered already, non-interactive run
+    bool moveFailed = false;    // the source stays where it was
+    bool failed() const { return errorCount > 0 || runtimeError || pathMissing || moveFailed; }
 };
 
 ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,

@@ -1,7 +1,6 @@
 #include "pipeline/convertmain.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 
@@ -43,8 +42,7 @@ struct Driver : ::testing::Test {
             e.ti_MM = "03";
             e.ti_S = "SER1";
         };
-        auto generator = [this](Program& ctx, const std::string&, const std::string& base,
-                                Flag) {
+        auto generator = [this](Program& ctx, const std::string&, const std::string& base, Flag) {
             bases.push_back(base);
             write_file(base + (ctx.opt.targetformat == 1 ? ".xls" : ".tmp"), "report");
             return generatorErrors;
@@ -116,6 +114,14 @@ TEST_F(Driver, IndexModeRegistersOnceAndSkipsRegisteredFilesInTrayRuns) {
     const auto skipped = run(src);
     EXPECT_TRUE(skipped.skipped);
     EXPECT_FALSE(fs::exists(out + "/SER1_a.csv"));
+
+    // Interactive without the main window (a headless one-shot run): converted again on
+    // demand, no alert, still one register line.
+    run(src, kTrue);
+    EXPECT_TRUE(p.host.alerts.empty());
+    EXPECT_TRUE(fs::exists(out + "/SER1_a.csv"));
+    EXPECT_EQ(read_file(p->run.strRegisterFile), "a.ogd    SER1_a.ogd\r\n");
+    fs::remove(out + "/SER1_a.csv");
 
     // Run page with the main window open: alert, new report, still one register line.
     p.host.mainWindowOpen = true;
@@ -211,13 +217,14 @@ TEST_F(Driver, MissingTargetFolderTouchesNothing) {
 }
 
 TEST_F(Driver, AFailingMoveIsReportedAndLosesNothing) {
-    if (::geteuid() == 0) GTEST_SKIP() << "root ignores folder permissions";
-    const std::string done = p->program_file("readonly");
-    fs::create_directories(done);
-    fs::permissions(done, fs::perms::owner_read | fs::perms::owner_exec);
+    // A plain file where the folder should be: no user, root included, can move into it.
+    write_file(p->program_file("blocker"), "x");
+    const std::string done = p->program_file("blocker/done");
     p->opt.targetpathsourcefile = p->opt.targetpathsourcefileRaw = done;
     const std::string src = source();
-    run(src);
+    const ConvertOutcome outcome = run(src);
+    EXPECT_TRUE(outcome.moveFailed);
+    EXPECT_TRUE(outcome.failed());
     EXPECT_EQ(read_file(src), "recorder bytes");
     EXPECT_NE(read_file(p->program_file("error.log")).find("could not be moved"),
               std::string::npos);
