@@ -125,7 +125,7 @@ int run_one_shot(Program& ctx) {
                    : 0;
     if (ctx.opt.targetpathRaw.find('$') != std::string::npos || exists(ctx.opt.targetpath))
         return fkt_convertmain(ctx, r.strSourceFile, r.strSubfolder, "", interactive).failed() ? 1
-                                                                                                : 0;
+                                                                                               : 0;
     report_plain(ctx, fkt_translate(ctx, "Pathnotexist") + " " + ctx.opt.targetpath);
     return 2;
 }
@@ -169,12 +169,20 @@ int qumbrel_main(int argc, char** argv) {
     ctx.run.quiet = parsed.extra.quiet;
     use_cups_printers(ctx);
 
-    if (parsed.extra.info) return print_file_info(ctx, *parsed.extra.info);
+    if (parsed.extra.info) {
+        // The list shows numbers and times by the option file's separators.
+        read_regional_values(ctx);
+        ctx.run.strOptionFile = ctx.program_file(ctx.info.baseName + ".ini");
+        fkt_loadoptionfile(ctx);
+        return print_file_info(ctx, *parsed.extra.info);
+    }
 
     InstanceLock mutex;  // step 10: held until the process ends
     switch (Main(ctx, parsed.tokens)) {
-        case StartMode::OneShot: return run_one_shot(ctx);
-        case StartMode::Ended: return 2;
+        case StartMode::OneShot:
+            return run_one_shot(ctx);
+        case StartMode::Ended:
+            return 2;
         case StartMode::Automatic:
             std::fprintf(stderr,
                          "qumbrel: the automatic mode (autostart=1) is not available in this "

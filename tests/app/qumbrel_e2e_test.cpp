@@ -248,3 +248,16 @@ TEST_F(Qumbrel, DamagedFileGetsTheErrorNamesAndExitOne) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(Qumbrel, InfoPrintsTheListWithTheOptionFileSeparators) {
+    const std::string src = simulate("info.oge");
+    ASSERT_EQ(qumbrel("--info " + sh_quote(src)), 0) << output;
+    EXPECT_NE(output.find("File Type: \tEvent file\n"), std::string::npos) << output;
+    EXPECT_NE(output.find("Sampling Int.: \t1.0 sec\n"), std::string::npos) << output;
+    EXPECT_TRUE(exists(src));  // only read
+    EXPECT_EQ(qumbrel("--info " + sh_quote(in + "/none.oge")), 2);
+}
+
+}  // namespace
