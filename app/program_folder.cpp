@@ -9,7 +9,37 @@ namespace qumbrel {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// A program folder of its own starts with the shipped language files, so the default
+// language resolves there; files the user already has are left alone.
+void provide_language_files(const ProgramLocation& loc) {
+    std::error_code ec;
+    if (loc.exeFolder.empty() || fs::equivalent(loc.folder, loc.exeFolder, ec)) return;
+    fs::create_directories(loc.folder, ec);
+    for (fs::directory_iterator it(loc.exeFolder, ec), end; !ec && it != end; it.increment(ec)) {
+        const fs::path& f = it->path();
+        if (f.extension() != ".lng" || !it->is_regular_file(ec)) continue;
+        const fs::path target = fs::path(loc.folder) / f.filename();
+        std::error_code copyError;
+        if (!fs::exists(target, copyError))
+            fs::copy_file(f, target, fs::copy_options::skip_existing, copyError);
+    }
+}
+
+ProgramLocation choose(const std::optional<std::string>& home, const char* argv0);
+
+}  // namespace
+
 ProgramLocation locate_program(const std::optional<std::string>& home, const char* argv0) {
+    ProgramLocation loc = choose(home, argv0);
+    provide_language_files(loc);
+    return loc;
+}
+
+namespace {
+
+ProgramLocation choose(const std::optional<std::string>& home, const char* argv0) {
     ProgramLocation loc;
     std::error_code ec;
     fs::path exe = fs::read_symlink("/proc/self/exe", ec);
@@ -32,10 +62,13 @@ ProgramLocation locate_program(const std::optional<std::string>& home, const cha
     }
     const char* xdg = std::getenv("XDG_CONFIG_HOME");
     const char* userHome = std::getenv("HOME");
-    fs::path config = xdg && *xdg ? fs::path(xdg) : fs::path(userHome ? userHome : "/tmp") / ".config";
+    fs::path config =
+        xdg && *xdg ? fs::path(xdg) : fs::path(userHome ? userHome : "/tmp") / ".config";
     loc.folder = (config / "qumbrel").string();
     fs::create_directories(loc.folder, ec);
     return loc;
 }
+
+}  // namespace
 
 }  // namespace qumbrel

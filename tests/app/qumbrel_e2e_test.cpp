@@ -99,6 +99,8 @@ TEST_F(Qumbrel, MoveModeWritesTheReportAndMovesTheSource) {
     const std::string report = read_file(out + "/run1.csv");
     EXPECT_NE(report.find("Filename"), std::string::npos);
     EXPECT_NE(report.find("run1.oge"), std::string::npos);
+    // A fresh program folder gets the shipped language files.
+    EXPECT_TRUE(exists(home + "/deutsch.lng"));
 }
 
 TEST_F(Qumbrel, XlsReportAndDeleteMode) {
