@@ -230,4 +230,54 @@ TEST_F(Driver, AFailingMoveIsReportedAndLosesNothing) {
               std::string::npos);
 }
 
+// Whatever fails along the way, the source's bytes stand afterwards in exactly one
+// place: where they were, or where the disposal put them, marked after a failure.
+TEST_F(Driver, NoFailureLosesTheSource) {
+    enum class Fault { GeneratorThrows, GeneratorErrors, MoveBlocked, RegisterUnwritable };
+    const std::string done = p->program_file("done");
+    int caseNo = 0;
+    for (int mode : {0, 2}) {
+        for (Fault fault : {Fault::GeneratorThrows, Fault::GeneratorErrors, Fault::MoveBlocked,
+                            Fault::RegisterUnwritable}) {
+            SCOPED_TRACE("mode " + std::to_string(mode) + " fault " +
+                         std::to_string(static_cast<int>(fault)));
+            const std::string name = "f" + std::to_string(++caseNo) + ".ogd";
+            p->opt.binfilemodus = mode;
+            p->opt.targetpathsourcefile = p->opt.targetpathsourcefileRaw = done;
+            p->run.strRegisterFile = p->program_file("sourcefiledb.dat");
+            fs::remove_all(done);
+            generatorErrors = fault == Fault::GeneratorErrors ? 1 : 0;
+            auto& vt = family_table(*p).vt;
+            const auto keep = vt.convertCSVXLS;
+            if (fault == Fault::GeneratorThrows)
+                vt.convertCSVXLS = [](Program&, const std::string&, const std::string&,
+                                      Flag) -> int {
+                    throw std::runtime_error("generator failed");
+                };
+            if (fault == Fault::MoveBlocked) write_file(done, "a file, not a folder");
+            if (fault == Fault::RegisterUnwritable)
+                p->run.strRegisterFile = p->program_file("no/such/folder/db.dat");
+
+            const std::string src = source(name);
+            const ConvertOutcome r = run(src);
+            vt.convertCSVXLS = keep;
+
+            const std::string moved = done + "/" + name;
+            std::vector<std::string> places;
+            for (const std::string& c : {src, src + ".Error.ogd", moved, moved + ".Error.ogd"}) {
+                std::error_code ec;
+                if (fs::is_regular_file(c, ec) && read_file(c) == "recorder bytes")
+                    places.push_back(c);
+            }
+            ASSERT_EQ(places.size(), 1u);
+            // An index run has nothing to move; a register that cannot be written loses
+            // a line of the register, not the file.
+            const bool failed = fault == Fault::GeneratorThrows ||
+                                fault == Fault::GeneratorErrors ||
+                                (fault == Fault::MoveBlocked && mode == 0);
+            EXPECT_EQ(r.failed(), failed);
+        }
+    }
+}
+
 }  // namespace
