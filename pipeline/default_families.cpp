@@ -2,6 +2,7 @@
 // built yet keep empty slots.
 #include "pipeline/family_table.h"
 #include "recorder/vt_reader.h"
+#include "reports/vt_report.h"
 
 namespace qumbrel {
 
@@ -9,6 +10,7 @@ FamilyTable default_family_table() {
     FamilyTable t;
     t.vt.fileElements = VTGetFileElements;
     t.vt.fileInfo = fkt_ReadVTFileInfo;
+    t.vt.convertCSVXLS = fkt_VTconvertCSVXLS;
     return t;
 }
 
