@@ -158,6 +158,7 @@ TEST_F(Qumbrel, TargetPathWithYearAndMonthMakesAFolderPerFile) {
     const std::string a = simulate("a.oge", "2007-03-05 10:00:00");
     const std::string b = simulate("b.oge", "2008-11-30 23:00:00");
     file["targetpath"] = out + "/$YYYY/$MM";
+    file["targetname"] = "1";
     ASSERT_EQ(qumbrel(sh_quote(a)), 0) << output;
     ASSERT_EQ(qumbrel(sh_quote(b)), 0) << output;
     EXPECT_TRUE(exists(out + "/2007/03/a.csv"));
@@ -165,6 +166,14 @@ TEST_F(Qumbrel, TargetPathWithYearAndMonthMakesAFolderPerFile) {
     // Without a source folder of their own the sources follow their reports.
     EXPECT_TRUE(exists(out + "/2007/03/a.oge"));
     EXPECT_TRUE(exists(out + "/2008/11/b.oge"));
+
+    // With targetname 0 every format composes to the bare source name, the folder
+    // format too: the folder becomes the file's name, relative to the working folder.
+    const std::string c = simulate("c.oge", "2009-01-01 00:00:00");
+    file["targetname"] = "0";
+    ASSERT_EQ(qumbrel(sh_quote(c)), 0) << output;
+    EXPECT_TRUE(exists(dir.file("c/c.csv"))) << output;
+    EXPECT_FALSE(exists(out + "/2009"));
 }
 
 TEST_F(Qumbrel, SourceNameSameAsTargetRenamesTheMovedSource) {
