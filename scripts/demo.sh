@@ -1,0 +1,98 @@
+#!/usr/bin/env bash
+# The demo: installs the packages, builds, simulates a few VT recorder files and converts
+# each of them to a CSV report and to an XLS sheet with the qumbrel program.
+#
+#   scripts/demo.sh              # everything, from a fresh Debian 12 machine
+#   scripts/demo.sh --no-build   # use what build/ (or $BUILD_DIR) already holds
+#
+# Everything it makes is under ./demo-out (removed and made again on every run):
+# in/ the simulated files, home-csv/ and home-xls/ the two program folders (option file,
+# logs, register), csv/ and xls/ the reports.
+set -euo pipefail
+root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
+build="${BUILD_DIR:-$root/build}"
+demo="$root/demo-out"
+
+build_wanted=1
+for arg in "$@"; do
+    case "$arg" in
+        --no-build) build_wanted=0 ;;
+        *)
+            echo "usage: scripts/demo.sh [--no-build]" >&2
+            exit 2
+            ;;
+    esac
+done
+
+if ((build_wanted)); then
+    # deps.sh installs with apt, which needs root.
+    if [[ $(id -u) -eq 0 ]]; then
+        "$root/scripts/deps.sh"
+    elif command -v sudo >/dev/null; then
+        sudo "$root/scripts/deps.sh"
+    else
+        "$root/scripts/deps.sh"
+    fi
+    "$root/scripts/build.sh" "$build"
+fi
+
+bin="$build/bin"
+for tool in qumbrel recsim; do
+    [[ -x "$bin/$tool" ]] || {
+        echo "demo: $bin/$tool is missing; run scripts/demo.sh without --no-build" >&2
+        exit 1
+    }
+done
+
+rm -rf "$demo"
+mkdir -p "$demo/in" "$demo/csv" "$demo/xls" "$demo/home-csv" "$demo/home-xls"
+
+echo "== simulating VT recorder files in $demo/in"
+start="2024-03-05 08:00:00"
+"$bin/recsim" --family VT --kind event --channels 4 --samples 240 --alarms 3 --messages 2 \
+    --batch --seed 11 --start "$start" --out "$demo/in/line1.oge"
+"$bin/recsim" --family VT --kind display --channels 3 --samples 120 --alarms 2 --messages 1 \
+    --batch --seed 12 --start "$start" --out "$demo/in/line2.ogd"
+"$bin/recsim" --family VT --kind event --channels 2 --math-channels 1 --samples 60 \
+    --interval-ms 500 --alarms 1 --seed 13 --start "$start" --out "$demo/in/dryer.oge"
+ls -l "$demo/in"
+
+# One program folder per target format. binfilemodus=2 keeps the sources where they are
+# (and registers them), so both runs read the same files.
+write_options() { # home target-folder targetformat
+    cat >"$1/qumbrel.ini" <<EOF
+[file]
+targetpath=$2
+binfilemodus=2
+targetformat=$3
+alarminclusive=1
+messageinclusive=1
+language=$1/english.lng
+userdef1=Qumbrel demo
+[userdefined]
+Channels=ALL
+EOF
+}
+write_options "$demo/home-csv" "$demo/csv" 0
+write_options "$demo/home-xls" "$demo/xls" 1
+
+failed=0
+for home in home-csv home-xls; do
+    echo "== converting with the program folder $demo/$home"
+    for f in "$demo"/in/*; do
+        if "$bin/qumbrel" --headless --quiet --home "$demo/$home" "$f"; then
+            echo "   $(basename "$f"): converted"
+        else
+            echo "   $(basename "$f"): FAILED (see $demo/$home/error.log)"
+            failed=1
+        fi
+    done
+done
+
+echo
+echo "== reports"
+ls -l "$demo/csv" "$demo/xls"
+echo
+echo "== the first lines of $demo/csv/line1.csv"
+head -n 40 "$demo/csv/line1.csv"
+exit "$failed"
