@@ -140,16 +140,23 @@ class VtReport {
         put(1, value, true, type);
     }
 
-    // The column of a channel: behind date and time, one column a channel in an event
-    // file, two (minimum, maximum) in a display file.
-    std::int32_t channel_column(std::int32_t chNo, std::int32_t index, bool eventFile) {
-        const std::int64_t pos = fkt_colpos(ctx_, chNo, index);
-        return column(eventFile ? pos + 1 : 2 * pos);
+    // Selection and column of every channel, worked out once per report: both depend on
+    // the Channels option only, and the sample loop would otherwise ask for each value.
+    // The column lies behind date and time: one a channel in an event file, two (minimum,
+    // maximum) in a display file.
+    void plan_columns(bool eventFile) {
+        shown_.assign(static_cast<std::size_t>(channels_) + 1, false);
+        columns_.assign(static_cast<std::size_t>(channels_) + 1, 0);
+        for (std::int32_t c = 1; c <= channels_; ++c) {
+            const std::int32_t chNo = ch_.chNo[static_cast<std::size_t>(c)];
+            shown_[static_cast<std::size_t>(c)] = fkt_showchannel(ctx_, chNo);
+            const std::int64_t pos = fkt_colpos(ctx_, chNo, c);
+            columns_[static_cast<std::size_t>(c)] = column(eventFile ? pos + 1 : 2 * pos);
+        }
     }
 
     template <class Element>
-    void channel_row(const CellValue& label, bool labelTwice, std::int32_t type, bool eventFile,
-                     Element element);
+    void channel_row(const CellValue& label, bool labelTwice, std::int32_t type, Element element);
 
     Program& ctx_;
     std::string source_, base_;
@@ -166,6 +173,8 @@ class VtReport {
     VTInfo info_;
     ChannelArrays ch_;
     std::int32_t channels_ = 0;  // measuring + math
+    std::vector<bool> shown_;
+    std::vector<std::int32_t> columns_;
 };
 
 int VtReport::convert() {
@@ -219,6 +228,7 @@ int VtReport::convert() {
     const std::string type = to_upper_ascii(trim_blanks(info_.fileType));
     if (type == "EVENT FILE" || type == "DISPLAY FILE") {
         const bool eventFile = type == "EVENT FILE";
+        plan_columns(eventFile);
         write_channel_rows(eventFile);
         if (is_set(ctx_.opt.measurementsinclusive)) write_samples(eventFile);
     }
@@ -410,7 +420,7 @@ void VtReport::read_channels() {
 // selected channel at its column up to the highest selected channel.
 template <class Element>
 void VtReport::channel_row(const CellValue& label, bool labelTwice, std::int32_t type,
-                           bool eventFile, Element element) {
+                           Element element) {
     next_row();
     put(0, label, false, 0);
     if (labelTwice) put(0, element(0), false, type);
@@ -418,8 +428,8 @@ void VtReport::channel_row(const CellValue& label, bool labelTwice, std::int32_t
     for (std::int32_t c = 1; c <= channels_; ++c) {
         const std::int32_t chNo = ch_.chNo[c];
         if (chNo == highest_) endOfLine = true;
-        if (fkt_showchannel(ctx_, chNo))
-            put_at(channel_column(chNo, c, eventFile), element(c), endOfLine, type);
+        if (shown_[static_cast<std::size_t>(c)])
+            put_at(columns_[static_cast<std::size_t>(c)], element(c), endOfLine, type);
         if (endOfLine) break;
     }
     if (!endOfLine) end_line();
@@ -432,12 +442,12 @@ void VtReport::write_channel_rows(bool eventFile) {
     const auto text = [](const std::vector<std::string>& a) {
         return [&a](std::int32_t c) { return CellValue(a[static_cast<std::size_t>(c)]); };
     };
-    channel_row(ch_.number[0], true, 1, eventFile, text(ch_.number));
+    channel_row(ch_.number[0], true, 1, text(ch_.number));
     // Compared with 1: an option loaded from the file holds -1, so these rows come only
     // from a value set in memory.
     if (ctx_.opt.scaleinfoinclusive == 1) {
-        channel_row(ch_.color[0], true, eventFile ? 1 : 48, eventFile, text(ch_.color));
-        channel_row(std::int32_t{0}, true, 4, eventFile, [this](std::int32_t c) {
+        channel_row(ch_.color[0], true, eventFile ? 1 : 48, text(ch_.color));
+        channel_row(std::int32_t{0}, true, 4, [this](std::int32_t c) {
             return CellValue(ch_.logMin[static_cast<std::size_t>(c)]);
         });
         const auto empty = [this](const std::vector<std::string>& a) {
@@ -445,11 +455,11 @@ void VtReport::write_channel_rows(bool eventFile) {
                 return c == 0 ? CellValue(a[0]) : CellValue(std::string());
             };
         };
-        channel_row(ch_.scaleMin[0], true, 4, eventFile, empty(ch_.scaleMin));
-        channel_row(ch_.scaleMax[0], true, 4, eventFile, empty(ch_.scaleMax));
+        channel_row(ch_.scaleMin[0], true, 4, empty(ch_.scaleMin));
+        channel_row(ch_.scaleMax[0], true, 4, empty(ch_.scaleMax));
     }
-    channel_row(ch_.name[0], false, 0, eventFile, text(ch_.name));
-    channel_row(ch_.unit[0], false, 0, eventFile, text(ch_.unit));
+    channel_row(ch_.name[0], false, 0, text(ch_.name));
+    channel_row(ch_.unit[0], false, 0, text(ch_.unit));
 }
 
 void VtReport::write_samples(bool eventFile) {
@@ -461,8 +471,8 @@ void VtReport::write_samples(bool eventFile) {
     for (std::int32_t c = 1; c <= channels_; ++c) {
         const std::int32_t chNo = ch_.chNo[c];
         if (chNo == highest_) endOfLine = true;
-        if (fkt_showchannel(ctx_, chNo)) {
-            const std::int32_t at = channel_column(chNo, c, eventFile);
+        if (shown_[static_cast<std::size_t>(c)]) {
+            const std::int32_t at = columns_[static_cast<std::size_t>(c)];
             if (eventFile) {
                 put_at(at, std::string("value"), endOfLine, 0);
             } else {
@@ -519,8 +529,8 @@ void VtReport::write_samples(bool eventFile) {
             for (std::int32_t c = 1; c <= channels_; ++c) {
                 const std::int32_t chNo = ch_.chNo[c];
                 if (chNo == highest_) endOfLine = true;
-                if (fkt_showchannel(ctx_, chNo)) {
-                    const std::int32_t col = channel_column(chNo, c, eventFile);
+                if (shown_[static_cast<std::size_t>(c)]) {
+                    const std::int32_t col = columns_[static_cast<std::size_t>(c)];
                     const auto sample = static_cast<std::size_t>(s);
                     const auto pos = static_cast<std::size_t>(c);
                     if (eventFile) {
