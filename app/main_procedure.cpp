@@ -1,5 +1,6 @@
 #include "app/main_procedure.h"
 
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -8,12 +9,14 @@
 #include "app/file_info.h"
 #include "app/instance_lock.h"
 #include "app/program_folder.h"
+#include "automation/automatic_run.h"
 #include "frame/commandline.h"
 #include "frame/headless_host.h"
 #include "frame/language.h"
 #include "frame/log.h"
 #include "frame/options_io.h"
 #include "frame/registry.h"
+#include "frame/text.h"
 #include "pipeline/convertmain.h"
 #include "platform/cups/cups_printers.h"
 #include "platform/syslog/syslog_eventlog.h"
@@ -56,6 +59,19 @@ void register_event_source(Program& ctx) {
     reg.CreateRegKey(key);
     reg.SetRegDWORD(key, "TypesSupported", 7);
     reg.SetRegString(key, "EventMessageFile", ctx.program_file("msg_dll.dll"));
+}
+
+// A token that is no keyword names a file, even one that does not exist.
+bool names_a_file(const std::vector<std::string>& tokens) {
+    static constexpr std::array<std::string_view, 5> kFlags = {"STARTSFROMSERVICE", "DEBUG", "FDA",
+                                                               "CONFIGURATION", "NOSPLASH"};
+    for (const auto& t : tokens) {
+        bool keyword = false;
+        for (auto k : kFlags)
+            keyword = keyword || iequals(std::string_view(t).substr(0, k.size()), k);
+        if (!keyword) return true;
+    }
+    return false;
 }
 
 }  // namespace
@@ -184,11 +200,14 @@ int qumbrel_main(int argc, char** argv) {
         case StartMode::Ended:
             return 2;
         case StartMode::Automatic:
-            std::fprintf(stderr,
-                         "qumbrel: the automatic mode (autostart=1) is not available in this "
-                         "build; convert single files with 'qumbrel --headless FILE'.\n");
-            return 2;
+            return run_automatic(ctx, parsed.extra.once);
         case StartMode::Interactive:
+            // --auto, --once and --headless without a file ask for the automatic mode;
+            // with autostart=1 Main has already found the source folder missing.
+            if ((parsed.extra.automatic || parsed.extra.once ||
+                 (parsed.extra.headless && !names_a_file(parsed.tokens))) &&
+                ctx.opt.autostart != 1)
+                return run_automatic(ctx, parsed.extra.once);
             std::fprintf(stderr,
                          "qumbrel: the main window is not available in this build or without a "
                          "display.\nConvert a file headless with 'qumbrel --headless FILE' "

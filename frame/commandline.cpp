@@ -111,6 +111,10 @@ ParsedArguments parse_arguments(const std::vector<std::string>& args) {
             out.extra.help = true;
         } else if (a == "--version") {
             out.extra.version = true;
+        } else if (a == "--auto") {
+            out.extra.automatic = true;
+        } else if (a == "--once") {
+            out.extra.once = true;
         } else if (a == "--home" || a.rfind("--home=", 0) == 0) {
             if (auto v = value_of("--home")) out.extra.home = *v;
         } else if (a == "--info" || a.rfind("--info=", 0) == 0) {
@@ -177,6 +181,11 @@ std::string usage_text(std::string_view program) {
            "                        nothing is shown (/STARTSFROMSERVICE)\n"
            "  --headless            no windows, even when a display is available\n"
            "  --quiet               no status lines on standard output\n"
+           "  --auto                automatic mode: scan the source folder on the schedule\n"
+           "                        until SIGTERM or SIGINT (as autostart=1; also the mode\n"
+           "                        of --headless without FILE)\n"
+           "  --once                one scan of the source folder and its conversions now,\n"
+           "                        then exit (for cron)\n"
            "  --home DIR            program folder (option file, logs, register, languages);\n"
            "                        default: $QUMBREL_HOME, else the program's own folder if\n"
            "                        writable, else $XDG_CONFIG_HOME/qumbrel\n"

@@ -22,6 +22,8 @@ struct ExtraOptions {
     bool quiet = false;
     bool help = false;
     bool version = false;
+    bool automatic = false;  // --auto: the automatic mode whatever autostart says
+    bool once = false;       // --once: one scan-and-convert cycle, then exit
     std::optional<std::string> home;
     std::optional<std::string> info;
 };

@@ -38,11 +38,17 @@ TEST(CommandTokens, PosixArgumentsFeedTheSameTokens) {
               (std::vector<std::string>{"SOURCE:/data/a.ogd", "DEBUG", "TARGET:/out/name",
                                         "SUBFOLDER:x/", "fda", "/other/path", "STARTSFROMSERVICE",
                                         "NOSPLASH", "CONFIGURATION"}));
-    auto extra = parse_arguments(
-        {"--headless", "--quiet", "--home", "/h", "--info=/f.ogd", "--version", "--help"});
+    auto extra = parse_arguments({"--headless", "--quiet", "--home", "/h", "--info=/f.ogd",
+                                  "--version", "--help", "--auto", "--once"});
     ASSERT_EQ(extra.error, "");
     EXPECT_TRUE(extra.extra.headless && extra.extra.quiet && extra.extra.version &&
-                extra.extra.help);
+                extra.extra.help && extra.extra.automatic && extra.extra.once);
+    EXPECT_TRUE(extra.tokens.empty());
+    const auto none = parse_arguments({"--headless"}).extra;
+    EXPECT_FALSE(none.automatic || none.once);
+    const std::string usage = usage_text("qumbrel");
+    EXPECT_NE(usage.find("--auto"), std::string::npos);
+    EXPECT_NE(usage.find("--once"), std::string::npos);
     EXPECT_EQ(extra.extra.home, "/h");
     EXPECT_EQ(extra.extra.info, "/f.ogd");
     EXPECT_EQ(parse_arguments({"--bogus"}).error, "unknown option --bogus");

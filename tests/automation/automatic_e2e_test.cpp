@@ -1,0 +1,216 @@
+// The built qumbrel program in its automatic mode, headless, on VT files made by recsim:
+// a running schedule stopped by SIGTERM, a stop in the middle of a batch, and --once.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <thread>
+
+#include "tests/support/test_support.h"
+
+using qumbrel::testing::read_file;
+using qumbrel::testing::TempDir;
+using qumbrel::testing::write_file;
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+
+namespace {
+
+std::string sh_quote(const std::string& s) {
+    std::string out = "'";
+    for (char c : s) out += c == '\'' ? std::string("'\\''") : std::string(1, c);
+    return out + "'";
+}
+
+struct Automatic : ::testing::Test {
+    TempDir dir;
+    std::string home = dir.file("home");
+    std::string in = dir.file("in");
+    std::string out = dir.file("out");
+    std::string done = dir.file("done");
+    std::string log = dir.file("run.out");
+    std::map<std::string, std::string> start{
+        {"autostart", "1"}, {"sheduler", "6"}, {"filetyp", "2"}};
+    std::map<std::string, std::string> file{
+        {"targetformat", "0"},         {"binfilemodus", "0"},       {"noconversion", "0"},
+        {"targetname", "0"},           {"targetnameformat", ">$O"}, {"fileextension", "csv"},
+        {"sourcenamesametarget", "0"}, {"alarminclusive", "1"},     {"messageinclusive", "1"},
+    };
+    pid_t pid = -1;
+
+    void SetUp() override {
+        for (const auto& d : {home, in, out, done}) fs::create_directories(d);
+        file["sourcepath"] = in;
+        file["targetpath"] = out;
+        file["targetpathsourcefile"] = done;
+        file["language"] = std::string(QUMBREL_BIN_DIR) + "/english.lng";
+    }
+    void TearDown() override {
+        if (pid > 0) {
+            kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
+        }
+    }
+
+    void write_options() {
+        std::string text = "[start]\n";
+        for (const auto& [k, v] : start) text += k + "=" + v + "\n";
+        text += "[file]\n";
+        for (const auto& [k, v] : file) text += k + "=" + v + "\n";
+        text += "[userdefined]\nChannels=ALL\nTimeSelect=0\n";
+        write_file(home + "/qumbrel.ini", text);
+    }
+
+    std::string simulate(const std::string& rel, const std::string& kind = "event",
+                         int samples = 25) {
+        const std::string path = in + "/" + rel;
+        fs::create_directories(fs::path(path).parent_path());
+        const std::string cmd = sh_quote(std::string(QUMBREL_BIN_DIR) + "/recsim") +
+                                " --family VT --kind " + kind + " --channels 3 --samples " +
+                                std::to_string(samples) +
+                                " --alarms 2 --messages 1 --start '2007-03-05 10:00:00' --out " +
+                                sh_quote(path) + " >/dev/null";
+        EXPECT_EQ(std::system(cmd.c_str()), 0) << cmd;
+        return path;
+    }
+
+    // Starts qumbrel with its output in run.out.
+    void launch(std::vector<std::string> args) {
+        write_options();
+        pid = fork();
+        ASSERT_GE(pid, 0);
+        if (pid == 0) {
+            const std::string program = std::string(QUMBREL_BIN_DIR) + "/qumbrel";
+            std::vector<char*> argv{const_cast<char*>(program.c_str())};
+            for (auto& a : args) argv.push_back(a.data());
+            argv.push_back(nullptr);
+            setenv("QUMBREL_HOME", home.c_str(), 1);
+            setenv("QUMBREL_REGION", "en-US", 1);
+            if (!freopen(log.c_str(), "w", stdout) || !freopen(log.c_str(), "a", stderr)) _exit(99);
+            execv(program.c_str(), argv.data());
+            _exit(98);
+        }
+    }
+    // Exit code, or -1 when it did not end in time, -2 when a signal ended it.
+    int wait_exit(std::chrono::seconds limit = 30s) {
+        const auto end = std::chrono::steady_clock::now() + limit;
+        while (std::chrono::steady_clock::now() < end) {
+            int status = 0;
+            if (waitpid(pid, &status, WNOHANG) == pid) {
+                pid = -1;
+                return WIFEXITED(status) ? WEXITSTATUS(status) : -2;
+            }
+            std::this_thread::sleep_for(20ms);
+        }
+        return -1;
+    }
+    bool wait_for(const std::vector<std::string>& paths, std::chrono::seconds limit = 60s) {
+        const auto end = std::chrono::steady_clock::now() + limit;
+        while (std::chrono::steady_clock::now() < end) {
+            bool all = true;
+            for (const auto& p : paths) all = all && fs::exists(p);
+            if (all) return true;
+            std::this_thread::sleep_for(50ms);
+        }
+        return false;
+    }
+    std::string output() const { return fs::exists(log) ? read_file(log) : ""; }
+    std::vector<std::string> files_below(const std::string& root) const {
+        std::vector<std::string> found;
+        for (const auto& e : fs::recursive_directory_iterator(root))
+            if (e.is_regular_file()) found.push_back(e.path().string().substr(root.size() + 1));
+        std::sort(found.begin(), found.end());
+        return found;
+    }
+};
+
+}  // namespace
+
+TEST_F(Automatic, ScheduleConvertsIntoTheSameSubfoldersUntilSigterm) {
+    simulate("a.oge");
+    simulate("line1/b.ogd", "display");
+    simulate("line1/deep/c.oge");
+    simulate("line2/d.oge");
+    launch({"--headless"});  // autostart=1 in the option file
+    ASSERT_TRUE(wait_for({out + "/a.csv", out + "/line1/b.csv", out + "/line1/deep/c.csv",
+                          out + "/line2/d.csv", done + "/line2/d.oge", done + "/a.oge"}))
+        << output();
+    // A file that arrives later is taken by a later cycle.
+    const std::string late = simulate("line2/e.oge");
+    ASSERT_TRUE(wait_for({out + "/line2/e.csv", done + "/line2/e.oge"})) << output();
+    ASSERT_EQ(kill(pid, SIGTERM), 0);
+    EXPECT_EQ(wait_exit(), 0) << output();
+
+    EXPECT_EQ(files_below(out),
+              (std::vector<std::string>{"a.csv", "line1/b.csv", "line1/deep/c.csv", "line2/d.csv",
+                                        "line2/e.csv"}));
+    EXPECT_EQ(files_below(done),
+              (std::vector<std::string>{"a.oge", "line1/b.ogd", "line1/deep/c.oge", "line2/d.oge",
+                                        "line2/e.oge"}));
+    EXPECT_TRUE(files_below(in).empty());
+    const std::string report = read_file(out + "/line1/deep/c.csv");
+    EXPECT_NE(report.find("c.oge"), std::string::npos);
+    EXPECT_EQ(report.find(".Error"), std::string::npos);
+}
+
+TEST_F(Automatic, StopInTheMiddleOfABatchLeavesEveryFileWholeOnOneSide) {
+    constexpr int kFiles = 12;
+    // Files of some size, so that the batch takes seconds and the stop falls inside it.
+    const std::string first = simulate("batch/f10.oge", "event", 50000);
+    for (int i = 1; i < kFiles; ++i)
+        fs::copy_file(first, in + "/batch/f" + std::to_string(10 + i) + ".oge");
+    start["autostart"] = "0";
+    launch({"--headless", "--auto"});
+    ASSERT_TRUE(wait_for({out + "/batch/f10.csv"})) << output();
+    ASSERT_EQ(kill(pid, SIGTERM), 0);
+    EXPECT_EQ(wait_exit(), 0) << output();
+    int convertedCount = 0;
+    for (int i = 0; i < kFiles; ++i) {
+        const std::string name = "f" + std::to_string(10 + i);
+        const bool report = fs::exists(out + "/batch/" + name + ".csv");
+        const bool moved = fs::exists(done + "/batch/" + name + ".oge");
+        const bool waiting = fs::exists(in + "/batch/" + name + ".oge");
+        EXPECT_EQ(report, moved) << name;
+        EXPECT_NE(moved, waiting) << name;
+        convertedCount += moved ? 1 : 0;
+    }
+    EXPECT_GE(convertedCount, 1);
+    EXPECT_LT(convertedCount, kFiles);
+    for (const auto& f : files_below(out)) EXPECT_EQ(fs::path(f).extension(), ".csv") << f;
+}
+
+TEST_F(Automatic, OnceConvertsRightAwayAndTellsAFailure) {
+    start["autostart"] = "0";
+    start["sheduler"] = "1";  // no firing minute needed
+    simulate("good/g.oge");
+    simulate("stuck.oge");
+    // The place the source would move to is taken by a folder: that move fails.
+    fs::create_directories(done + "/stuck.oge/occupied");
+    launch({"--headless", "--once"});
+    EXPECT_EQ(wait_exit(), 1) << output();
+    EXPECT_TRUE(fs::exists(out + "/good/g.csv")) << output();
+    EXPECT_TRUE(fs::exists(done + "/good/g.oge"));
+    EXPECT_TRUE(fs::exists(in + "/stuck.oge"));  // a failed move keeps the source
+    // The way cleared, a second run converts what is left and succeeds.
+    fs::remove_all(done + "/stuck.oge");
+    launch({"--once"});
+    EXPECT_EQ(wait_exit(), 0) << output();
+    EXPECT_TRUE(fs::exists(done + "/stuck.oge"));
+    EXPECT_TRUE(files_below(in).empty());
+    for (const auto& f : files_below(out)) EXPECT_EQ(fs::path(f).extension(), ".csv") << f;
+}
+
+TEST_F(Automatic, MissingSourceFolderIsAStartUpError) {
+    start["autostart"] = "0";
+    file["sourcepath"] = dir.file("nowhere");
+    launch({"--headless", "--auto"});
+    EXPECT_EQ(wait_exit(), 2) << output();
+    const std::string errors = read_file(home + "/error.log");
+    EXPECT_NE(errors.find("Quellordner ist nicht vorhanden."), std::string::npos) << errors;
+}
