@@ -33,11 +33,12 @@ bool name_less(const std::string& a, const std::string& b) {
     return a.size() != b.size() ? a.size() < b.size() : a < b;
 }
 
-// One folder of the walk: its subfolders still to enter and its matching files.
+// One folder of the walk: its subfolders still to enter and, per pattern, its matching
+// files.
 struct Folder {
     std::string path;
     std::vector<std::string> subfolders;
-    std::vector<std::string> files;
+    std::vector<std::vector<std::string>> files;
     std::size_t next = 0;
 };
 
@@ -47,9 +48,10 @@ struct DirCloser {
 
 // Reads one folder. A folder that cannot be opened reads as empty. Hidden files are no
 // normal files and are left out; hidden folders are searched.
-Folder read_folder(std::string path, const std::string& pattern) {
+Folder read_folder(std::string path, const std::vector<std::string>& patterns) {
     Folder f;
     f.path = std::move(path);
+    f.files.resize(patterns.size());
     std::unique_ptr<DIR, DirCloser> dir(opendir(f.path.empty() ? "/" : f.path.c_str()));
     if (!dir) return f;
     while (const dirent* e = readdir(dir.get())) {
@@ -71,13 +73,48 @@ Folder read_folder(std::string path, const std::string& pattern) {
         }
         if (type == DT_DIR) {
             f.subfolders.emplace_back(name);
-        } else if (type == DT_REG && name.front() != '.' && wildcard_match(pattern, name)) {
-            f.files.emplace_back(name);
+        } else if (type == DT_REG && name.front() != '.') {
+            for (std::size_t i = 0; i < patterns.size(); ++i)
+                if (wildcard_match(patterns[i], name)) f.files[i].emplace_back(name);
         }
     }
     std::sort(f.subfolders.begin(), f.subfolders.end(), name_less);
-    std::sort(f.files.begin(), f.files.end(), name_less);
+    for (auto& list : f.files) std::sort(list.begin(), list.end(), name_less);
     return f;
+}
+
+// A pattern with no "." behind its first character takes any ending.
+std::string search_pattern(std::string pattern) {
+    if (pattern.find('.', 1) == std::string::npos) pattern += '*';
+    return pattern;
+}
+
+// The walk below `folder` for several patterns at once: results[i] gets what a search for
+// patterns[i] alone would list. Depth first with an explicit stack, so no depth of
+// folders can exhaust the call stack; a folder's files come after everything below it.
+// False when the guard was cleared on the way.
+bool search_tree(Program& ctx, const std::vector<std::string>& patterns, std::string folder,
+                 std::vector<std::vector<std::string>>& results) {
+    if (folder.empty()) folder = "/";
+    while (!folder.empty() && folder.back() == kSep) folder.pop_back();
+    results.resize(patterns.size());
+    std::vector<Folder> stack;
+    stack.push_back(read_folder(folder, patterns));
+    while (!stack.empty()) {
+        Folder& top = stack.back();
+        if (top.next < top.subfolders.size()) {
+            std::string child = top.path + kSep + top.subfolders[top.next++];
+            stack.push_back(read_folder(std::move(child), patterns));
+            continue;
+        }
+        for (std::size_t i = 0; i < patterns.size(); ++i)
+            for (const auto& name : top.files[i]) results[i].push_back(top.path + kSep + name);
+        stack.pop_back();
+        if (stack.empty()) break;
+        ctx.host.pump_events();
+        if (!ctx.state<ScannerState>().searching) return false;
+    }
+    return true;
 }
 
 }  // namespace
@@ -111,7 +148,25 @@ std::vector<std::string> scan_patterns(const Options& opt) {
 
 bool fkt_scansourcefolder(Program& ctx, std::vector<std::string>& lst_files) {
     lst_files.clear();
-    for (const auto& pattern : scan_patterns(ctx.opt)) fkt_readSubfolder(ctx, pattern, lst_files);
+    std::vector<std::string> patterns;
+    for (const auto& p : scan_patterns(ctx.opt)) patterns.push_back(search_pattern(p));
+    if (patterns.empty()) return false;
+    // One walk serves every pattern: the list is that of one search per pattern in the
+    // table's order, with each folder read once instead of once per pattern.
+    ctx.host.pump_events();
+    ScannerState& state = ctx.state<ScannerState>();
+    if (state.searching) return false;
+    state.searching = true;
+    std::vector<std::vector<std::string>> results;
+    try {
+        search_tree(ctx, patterns, ctx.opt.sourcepath, results);
+    } catch (...) {
+        // The search runs with errors ignored.
+    }
+    ctx.state<ScannerState>().searching = false;
+    for (auto& r : results)
+        lst_files.insert(lst_files.end(), std::make_move_iterator(r.begin()),
+                         std::make_move_iterator(r.end()));
     return !lst_files.empty();
 }
 
@@ -137,27 +192,9 @@ std::string fkt_searchfiles(Program& ctx, const std::string& pattern, const std:
 
 void fkt_searchfolder(Program& ctx, std::string pattern, std::string folder,
                       std::vector<std::string>& lst_files) {
-    if (folder.empty()) folder = "/";
-    while (!folder.empty() && folder.back() == kSep) folder.pop_back();
-    if (pattern.find('.', 1) == std::string::npos) pattern += '*';
-
-    // Depth first with an explicit stack, so no depth of folders can exhaust the call
-    // stack; a folder's files are listed after everything below it.
-    std::vector<Folder> stack;
-    stack.push_back(read_folder(folder, pattern));
-    while (!stack.empty()) {
-        Folder& top = stack.back();
-        if (top.next < top.subfolders.size()) {
-            std::string child = top.path + kSep + top.subfolders[top.next++];
-            stack.push_back(read_folder(std::move(child), pattern));
-            continue;
-        }
-        for (const auto& name : top.files) lst_files.push_back(top.path + kSep + name);
-        stack.pop_back();
-        if (stack.empty()) break;
-        ctx.host.pump_events();
-        if (!ctx.state<ScannerState>().searching) return;
-    }
+    std::vector<std::vector<std::string>> results;
+    search_tree(ctx, {search_pattern(std::move(pattern))}, std::move(folder), results);
+    for (auto& name : results.front()) lst_files.push_back(std::move(name));
 }
 
 void cancel_search(Program& ctx) {

@@ -18,6 +18,8 @@ struct ScannerState {
 std::vector<std::string> scan_patterns(const Options& opt);
 
 // Clears `lst_files`, runs the patterns over sourcepath, true when anything was found.
+// The patterns share one walk; the list is ordered pattern by pattern as if each had its
+// own. While another search runs it finds nothing.
 bool fkt_scansourcefolder(Program& ctx, std::vector<std::string>& lst_files);
 
 // Lets pending events run, then searches sourcepath for one pattern.

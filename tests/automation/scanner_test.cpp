@@ -110,6 +110,22 @@ TEST_F(Scanner, UserPatternAndThePatternWithoutADot) {
     EXPECT_TRUE(scan().empty());
 }
 
+TEST_F(Scanner, SharedWalkListsAsOneSearchPerPattern) {
+    // A mixed tree; every file kind of the all-files table in several depths.
+    const char* ext[] = {"osd", "OSE", "ogd", "oad", "obd", "hnd",
+                         "oge", "oae", "obe", "hns", "txt"};
+    int n = 0;
+    for (const char* folder : {"", "z/", "b/", "b/a/", "b/a/q/", "B2/", ".h/", "b/c/"})
+        for (int i = 0; i < 11; ++i, ++n)
+            touch(std::string(folder) + "f" + std::to_string(n % 7) + "." + ext[(i + n) % 11]);
+    p->opt.filetyp = 2;
+    Lines separate;
+    for (const auto& pattern : scan_patterns(p->opt)) fkt_searchfiles(*p, pattern, src, separate);
+    ASSERT_TRUE(fkt_scansourcefolder(*p, list));
+    EXPECT_EQ(list, separate);
+    EXPECT_EQ(list.size(), 80u);  // all but the eight .txt files
+}
+
 TEST_F(Scanner, EmptyMissingAndUnknownGiveNothing) {
     EXPECT_FALSE(fkt_scansourcefolder(*p, list));
     EXPECT_TRUE(list.empty());  // the old lines are cleared
