@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <vector>
@@ -122,6 +123,16 @@ class VtReport {
         step_ += words;
     }
     void status(std::string_view text) { fkt_lststatus(ctx_, text); }
+
+    // A record count from the header drives a loop of reader calls, each opening the
+    // file: a count no file of this size can hold is a damaged header, not a long list.
+    void check_records(std::int32_t count, const char* what) const {
+        std::error_code ec;
+        const auto bytes = std::filesystem::file_size(source_, ec);
+        if (!ec && static_cast<std::uintmax_t>(count) > bytes)
+            throw VbError(errnum::kSubscriptOutOfRange,
+                          std::string("Subscript out of range: ") + what);
+    }
 
     std::int32_t sheet_row() const { return checked(std::int64_t{row_} + userRows_ + index_); }
     std::int32_t column(std::int64_t offset) const { return checked(col_ + offset); }
@@ -311,6 +322,7 @@ void VtReport::write_header_block() {
 
 void VtReport::write_alarms() {
     set_step(5, " - Daten werden jetzt convertiert...(Alarme)");
+    check_records(info_.alarmNum, "alarms");
     next_row();
     put(3, std::string(" "), true, 0);
 
@@ -344,6 +356,7 @@ void VtReport::write_messages() {
     pair_row("Messages", info_.eventNum, 1);
     if (info_.eventNum <= 0 || !is_set(ctx_.opt.messageinclusive)) return;
     set_step(6, " - Daten werden jetzt convertiert...(Meldungen)");
+    check_records(info_.eventNum, "messages");
     next_row();
     put(3, std::string(), true, 0);
 

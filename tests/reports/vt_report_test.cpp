@@ -337,8 +337,17 @@ TEST_F(VtReport, HostileInputEndsCleanly) {
     EXPECT_EQ(errors, 1);
     EXPECT_NE(error_log().find("fkt_VTconvertCSVXLS(" + p.dir.file("cut.oge")), std::string::npos);
 
-    // A format the generator does not write.
+    // A header that claims more channels than any recorder has: refused, not allocated.
     p->opt.row = "1";
+    auto f = reclib::simulate(vt_sim(Kind::Event, 2, 3));
+    f.header.set("extChCount", 5000000);
+    std::string why;
+    ASSERT_TRUE(reclib::write_file(f, p.dir.file("wide.oge"), {}, &why)) << why;
+    convert(p.dir.file("wide.oge"), "wide");
+    EXPECT_EQ(errors, 1);
+    EXPECT_NE(error_log().find("(Kanalheader definieren)"), std::string::npos);
+
+    // A format the generator does not write.
     p->opt.targetformat = 5;
     EXPECT_EQ(fkt_VTconvertCSVXLS(*p, junk, p.dir.file("x"), kFalse), 1);
     EXPECT_NE(error_log().find(" - Datei öffnen fehlgeschlagen"), std::string::npos);
