@@ -285,6 +285,17 @@ TEST_F(VtReport, PlainTimesOutliveTheReport) {
     EXPECT_EQ(l.back().substr(0, 25), "\"3/5/2024\",\"10:00:00 AM\",");
 }
 
+TEST_F(VtReportDe, FractionalRateWithADecimalComma) {
+    options();
+    auto fast = vt_sim(Kind::Event, 1, 2);
+    fast.intervalMs = 500;
+    auto l = lines_of(convert(make(fast, "fast.oge"), "a"));
+    EXPECT_EQ(l[find_line(l, "\"Sample Rate\"")], "\"Sample Rate\";\"0,500 sec\";");
+    EXPECT_FALSE(p->state<PlainTimeState>().plainTime);
+    // The date reads as a number under de-DE (dots as thousands separators): unquoted.
+    EXPECT_EQ(l.back().substr(0, 28), "05.03.2024;\"10:00:00.500\";");
+}
+
 TEST_F(VtReport, StatusLinesAndPrinting) {
     options();
     p->opt.printfile = kTrue;
