@@ -105,6 +105,8 @@ TEST_F(VtReportDe, EventFileWithOneChannelKeepsItsSampleLinesOpen) {
     EXPECT_NE(find_line(l, "\"Name\";;\"Tag 3\""), -1);
     // The walk stops at channel 3 with no line end: no sample line reaches the file.
     EXPECT_EQ(l.back(), "\"date\";\"time\";\"value\";");
+    // The line left open is dropped with the report: the next report starts clean.
+    EXPECT_EQ(convert(make(vt_sim(Kind::Event), "ev.oge"), "again"), csv);
 }
 
 TEST_F(VtReport, DisplayFileInTheOrderOfTheChannelList) {
