@@ -15,6 +15,11 @@ StopSignals::StopSignals() {
     if (sigprocmask(SIG_BLOCK, &stop, &oldMask_) != 0) return;
     restoreMask_ = true;
     fd_ = signalfd(-1, &stop, SFD_CLOEXEC | SFD_NONBLOCK);
+    if (fd_ < 0) {
+        // Without the fd nobody would read them: the signals keep their default action.
+        sigprocmask(SIG_SETMASK, &oldMask_, nullptr);
+        restoreMask_ = false;
+    }
 }
 
 StopSignals::~StopSignals() {
@@ -30,7 +35,11 @@ StopSignals::~StopSignals() {
 
 bool StopSignals::read_one(int timeoutMs) {
     if (signo_ != 0) return true;
-    if (fd_ < 0) return false;
+    if (fd_ < 0) {
+        // No signalfd: still wait, so that a caller's loop does not spin.
+        if (timeoutMs != 0) poll(nullptr, 0, timeoutMs);
+        return false;
+    }
     pollfd p{fd_, POLLIN, 0};
     const int r = poll(&p, 1, timeoutMs);
     if (r <= 0 || !(p.revents & POLLIN)) return false;

@@ -23,6 +23,7 @@ class TrayView {
     virtual void show_time(const DateTime&) {}
     virtual void set_animation(bool) {}
     virtual void set_tip(std::string_view) {}
+    // Back to the form's own icon, and the program's title as tip.
     virtual void reset_icon() {}
 };
 
