@@ -27,9 +27,8 @@ int run_automatic(Program& ctx, bool once) {
     StopSignals signals;
     frm_systray form(ctx);
     form.stopRequested = [&signals] { return signals.pending(); };
-    if (!form.form_load()) return 2;
+    if (!form.form_load(!once)) return 2;
     if (once) {
-        form.stop_timers();
         form.run_cycle();
         return form.totals().failures > 0 ? 1 : 0;
     }

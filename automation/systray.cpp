@@ -24,14 +24,14 @@ bool folder_exists(const std::string& p) {
 frm_systray::frm_systray(Program& ctx, TrayView* view)
     : ctx_(ctx), view_(view ? *view : defaultView_) {}
 
-bool frm_systray::form_load() {
+bool frm_systray::form_load(bool withSchedule) {
     fkt_logevent(ctx_, "Qumbrel started.", kFalse, 2);
     if (!folder_exists(ctx_.opt.sourcepath)) {
         report_plain(ctx_, kMissingSource);
         return false;
     }
     ctx_.host.pump_events();
-    sub_formLoad();
+    if (withSchedule) sub_formLoad();
     return true;
 }
 

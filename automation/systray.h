@@ -38,8 +38,9 @@ class frm_systray {
     explicit frm_systray(Program& ctx, TrayView* view = nullptr);
 
     // Form load: "Qumbrel started." to the event log, the source folder check (false
-    // and the timers stay off when it is missing), then sub_formLoad.
-    bool form_load();
+    // and the timers stay off when it is missing), then sub_formLoad unless the caller
+    // runs one cycle by itself (withSchedule false).
+    bool form_load(bool withSchedule = true);
     // The schedule from the options, tm_scanminute's interval, the platform timer.
     void sub_formLoad();
     // One tick of either timer: the schedule test and, when it fires, one cycle.

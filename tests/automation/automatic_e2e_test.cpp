@@ -187,7 +187,8 @@ TEST_F(Automatic, StopInTheMiddleOfABatchLeavesEveryFileWholeOnOneSide) {
 
 TEST_F(Automatic, OnceConvertsRightAwayAndTellsAFailure) {
     start["autostart"] = "0";
-    start["sheduler"] = "1";  // no firing minute needed
+    start["sheduler"] = "1";
+    start["hour"] = "late";  // the schedule is not read: no firing time needed, no error
     simulate("good/g.oge");
     simulate("stuck.oge");
     // The place the source would move to is taken by a folder: that move fails.
@@ -197,6 +198,7 @@ TEST_F(Automatic, OnceConvertsRightAwayAndTellsAFailure) {
     EXPECT_TRUE(fs::exists(out + "/good/g.csv")) << output();
     EXPECT_TRUE(fs::exists(done + "/good/g.oge"));
     EXPECT_TRUE(fs::exists(in + "/stuck.oge"));  // a failed move keeps the source
+    EXPECT_EQ(read_file(home + "/error.log").find("sub_formLoad"), std::string::npos);
     // The way cleared, a second run converts what is left and succeeds.
     fs::remove_all(done + "/stuck.oge");
     launch({"--once"});
