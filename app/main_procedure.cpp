@@ -1,6 +1,5 @@
 #include "app/main_procedure.h"
 
-#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -61,16 +60,10 @@ void register_event_source(Program& ctx) {
     reg.SetRegString(key, "EventMessageFile", ctx.program_file("msg_dll.dll"));
 }
 
-// A token that is no keyword names a file, even one that does not exist.
+// A token that is no run-flag keyword names a file, even one that does not exist.
 bool names_a_file(const std::vector<std::string>& tokens) {
-    static constexpr std::array<std::string_view, 5> kFlags = {"STARTSFROMSERVICE", "DEBUG", "FDA",
-                                                               "CONFIGURATION", "NOSPLASH"};
-    for (const auto& t : tokens) {
-        bool keyword = false;
-        for (auto k : kFlags)
-            keyword = keyword || iequals(std::string_view(t).substr(0, k.size()), k);
-        if (!keyword) return true;
-    }
+    for (const auto& t : tokens)
+        if (!is_run_flag_token(t)) return true;
     return false;
 }
 
@@ -132,6 +125,7 @@ StartMode Main(Program& ctx, const std::vector<std::string>& tokens) {
 }
 
 int run_one_shot(Program& ctx) {
+    translate_headless_form(ctx, "frm_systrayOnce");
     const Flag interactive = to_flag(!is_set(ctx.run.bStartsFromService));
     const RunFlags& r = ctx.run;
     if (!r.strTargetName.empty())
@@ -171,14 +165,9 @@ int qumbrel_main(int argc, char** argv) {
         return 0;
     }
 
-    // The status list is "up" in a headless run unless the service started us or
-    // --quiet asks for silence, as in the tray runs.
-    const bool service = [&] {
-        for (const auto& t : parsed.tokens)
-            if (t.size() >= 17 && t.compare(0, 17, "STARTSFROMSERVICE") == 0) return true;
-        return false;
-    }();
-    HeadlessHost host(!service && !parsed.extra.quiet);
+    // The status list is "up" in a headless run unless the service started us (known once
+    // Main has read the tokens) or --quiet asks for silence, as in the tray runs.
+    HeadlessHost host(!parsed.extra.quiet);
     SystemClock clock;
     SyslogEventLog eventLog;
     Program ctx(info, host, clock, eventLog, clsRegionalSettings::from_environment());
@@ -194,7 +183,9 @@ int qumbrel_main(int argc, char** argv) {
     }
 
     InstanceLock mutex;  // step 10: held until the process ends
-    switch (Main(ctx, parsed.tokens)) {
+    const StartMode mode = Main(ctx, parsed.tokens);
+    if (is_set(ctx.run.bStartsFromService)) host.set_status_list_up(false);
+    switch (mode) {
         case StartMode::OneShot:
             return run_one_shot(ctx);
         case StartMode::Ended:

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <limits>
 
+#include "frame/language.h"
 #include "frame/log.h"
 #include "pipeline/convertmain.h"
 
@@ -25,6 +26,7 @@ frm_systray::frm_systray(Program& ctx, TrayView* view)
     : ctx_(ctx), view_(view ? *view : defaultView_) {}
 
 bool frm_systray::form_load(bool withSchedule) {
+    translate_headless_form(ctx_, "frm_systray");
     fkt_logevent(ctx_, "Qumbrel started.", kFalse, 2);
     if (!folder_exists(ctx_.opt.sourcepath)) {
         report_plain(ctx_, kMissingSource);

@@ -1,6 +1,7 @@
 #include "frame/commandline.h"
 
 #include <array>
+#include <span>
 #include <filesystem>
 
 #include "frame/text.h"
@@ -125,6 +126,13 @@ ParsedArguments parse_arguments(const std::vector<std::string>& args) {
         if (!out.error.empty()) return out;
     }
     return out;
+}
+
+bool is_run_flag_token(std::string_view token) {
+    const std::string upper = to_upper_ascii(token.substr(0, 17));
+    for (auto k : std::span(kKeywords).first(5))
+        if (left_is(upper, k)) return true;
+    return false;
 }
 
 void apply_command_tokens(Program& ctx, const std::vector<std::string>& tokens) {

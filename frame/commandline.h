@@ -39,6 +39,10 @@ struct ParsedArguments {
 // as it stands (tested later as a bare path).
 ParsedArguments parse_arguments(const std::vector<std::string>& args);
 
+// Whether a token starts with one of the five run-flag keywords (STARTSFROMSERVICE, DEBUG,
+// FDA, CONFIGURATION, NOSPLASH), in any case.
+bool is_run_flag_token(std::string_view token);
+
 // Step 5 of Main: the token table, filling ctx.run.
 void apply_command_tokens(Program& ctx, const std::vector<std::string>& tokens);
 

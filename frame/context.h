@@ -4,8 +4,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
-#include <typeindex>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "frame/clock.h"
@@ -19,7 +18,7 @@ namespace qumbrel {
 
 // Event log entries (syslog on Linux). Type 1 success, 2 information, 3 warning, 4 error.
 class EventLogBackend {
-public:
+  public:
     virtual ~EventLogBackend() = default;
     virtual void report(std::string_view source, int type, std::uint32_t eventId,
                         std::string_view text) = 0;
@@ -57,7 +56,7 @@ struct ProgramInfo {
 };
 
 class Program {
-public:
+  public:
     Program(ProgramInfo info, Host& host, Clock& clock, EventLogBackend& eventLog,
             clsRegionalSettings regional);
     Program(const Program&) = delete;
@@ -78,16 +77,23 @@ public:
 
     // State of a higher layer that lives for the whole run (file elements of the previous
     // file, the generators' plain-time state, the value sink's field array, ...). Created
-    // on first use; each layer owns its own type.
+    // on first use; each layer owns its own type. The value sink asks for its state once
+    // per value, so the lookup scans a handful of constant keys instead of hashing a type.
     template <class T>
     T& state() {
-        auto& slot = states_[std::type_index(typeid(T))];
-        if (!slot) slot = std::make_shared<T>();
-        return *std::static_pointer_cast<T>(slot);
+        const void* const key = &state_key<T>;
+        for (const auto& [k, p] : states_)
+            if (k == key) return *static_cast<T*>(p.get());
+        auto owned = std::make_shared<T>();
+        T& ref = *owned;
+        states_.emplace_back(key, std::move(owned));
+        return ref;
     }
 
-private:
-    std::unordered_map<std::type_index, std::shared_ptr<void>> states_;
+  private:
+    template <class T>
+    static constexpr char state_key = 0;  // its address names the state type
+    std::vector<std::pair<const void*, std::shared_ptr<void>>> states_;
 };
 
 }  // namespace qumbrel

@@ -36,8 +36,7 @@ void sub_translateform(Program& ctx, TranslatableForm& form, const std::string& 
     form.caption = fkt_readlanguage(path, form.name, form.caption, form.caption);
 
     for (auto& c : form.controls) {
-        const std::string stem =
-            c.index ? c.name + "(" + std::to_string(*c.index) + ")" : c.name;
+        const std::string stem = c.index ? c.name + "(" + std::to_string(*c.index) + ")" : c.name;
         if (c.caption) c.caption = fkt_readlanguage(path, form.name, stem + ".Caption", *c.caption);
         if (c.toolTip)
             c.toolTip = fkt_readlanguage(path, form.name, stem + ".ToolTipText", *c.toolTip);
@@ -45,6 +44,11 @@ void sub_translateform(Program& ctx, TranslatableForm& form, const std::string& 
 
     if (!ctx.run.strOptionFile.empty())
         fkt_writelanguage(ctx.run.strOptionFile, "file", "language", path);
+}
+
+void translate_headless_form(Program& ctx, const std::string& formName) {
+    TranslatableForm form{formName, ctx.info.baseName, {}};
+    sub_translateform(ctx, form, ctx.opt.language);
 }
 
 }  // namespace qumbrel

@@ -1,8 +1,8 @@
 #pragma once
 // The language catalogue: status texts from section "MSG" of the language file, and the
 // key rules the forms use to translate their captions and tool tips.
-#include <string>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -47,5 +47,10 @@ std::string resolve_language_path(const Program& ctx, const std::string& languag
 // Translates one form from `languagePath` and remembers the choice (in memory and in
 // section "file" of the option file). A missing key keeps the present text.
 void sub_translateform(Program& ctx, TranslatableForm& form, const std::string& languagePath);
+
+// The catalogue step of a form load for a form that shows nothing here (the tray forms of
+// a headless run): the language file is resolved and remembered as every form load does,
+// so a bare file name in the option file means the one in the program folder.
+void translate_headless_form(Program& ctx, const std::string& formName);
 
 }  // namespace qumbrel

@@ -9,7 +9,7 @@
 namespace qumbrel {
 
 class RegistryStore {
-public:
+  public:
     explicit RegistryStore(std::string path) : path_(std::move(path)) {}
 
     // "" when `key` starts with one of the root names, else the "Incorrect Format:" text.
@@ -24,7 +24,9 @@ public:
 
     const std::string& path() const { return path_; }
 
-private:
+  private:
+    // The root check, then whether the store can hold the key and value name.
+    static std::string check(std::string_view key, std::string_view name);
     std::string write_error() const;
     std::string path_;
 };

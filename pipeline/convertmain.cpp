@@ -90,10 +90,10 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                 alert.green = 0xFF;
                 alert.blue = 0xC0;
                 ctx.host.show_alert(alert);
+                // Only the run page's second conversion keeps its one register line; a
+                // one-shot run, which shows no alert, registers the file once more.
+                alreadyRegistered = true;
             }
-            // A file converted again on demand keeps its one register line, with or
-            // without the alert.
-            alreadyRegistered = true;
             if (!is_set(interactive)) {
                 outcome.skipped = true;
                 return outcome;

@@ -14,13 +14,15 @@ namespace {
 // How many characters may follow the first one of a key.
 int allowance(char c) {
     switch (c) {
-        case 'Y': return 3;
+        case 'Y':
+            return 3;
         case 'D':
         case 'M':
         case 'm':
         case 'H':
         case 'S':
-        case 'C': return 1;
+        case 'C':
+            return 1;
         case 'O':
         case 'B':
         case 'L':
@@ -28,17 +30,21 @@ int allowance(char c) {
         case '1':
         case '2':
         case '3':
-        case '4': return 0;
-        default: return -1;
+        case '4':
+            return 0;
+        default:
+            return -1;
     }
 }
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 // The keys that give their element; all others but "Y" and "YYY" give nothing.
 bool names_element(const std::string& key) {
-    static constexpr std::string_view kKeys[] = {"O",  "B",  "C",  "C1", "C2",   "C3", "L",
-                                                 "F",  "1",  "2",  "3",  "4",    "DD", "MM",
+    static constexpr std::string_view kKeys[] = {"O",  "B",    "C",  "C1", "C2", "C3", "L",
+                                                 "F",  "1",    "2",  "3",  "4",  "DD", "MM",
                                                  "YY", "YYYY", "HH", "mm", "SS", "S"};
     for (auto k : kKeys)
         if (key == k) return true;
@@ -55,25 +61,28 @@ std::string last_character(const std::string& s) {
 }  // namespace
 
 void fkt_convertfilename(Program& ctx, const std::string& source) {
+    int step = 1;
     try {
-        const std::string stem =
-            Cls_APIFile::GetFileNoExtension(Cls_APIFile::GetFileName(source));
+        const std::string stem = Cls_APIFile::GetFileNoExtension(Cls_APIFile::GetFileName(source));
         const std::string ext = Cls_APIFile::GetFileExtension(source, true);
+        step = 2;
         if (ctx.host.status_list_up()) {
             fkt_lststatus(ctx, fkt_translate(ctx, "puzzlefilename"));
             ctx.host.pump_events();
         }
+        step = 3;
         // KL has no elements function, and an unknown extension calls nothing: the
         // elements of the previous file stand but for O and C.
         if (auto fam = family_of_extension(ext); fam && fam->family != RecorderFamily::KL) {
             auto& reader = family_table(ctx).of(fam->family).fileElements;
             if (reader) reader(ctx, source);
         }
+        step = 4;
         auto& e = ctx.state<FileElements>();
         e.ti_O = stem;
         e.ti_C = last_character(stem);
     } catch (...) {
-        report_trapped(ctx, "fkt_convertfilename()", 0);
+        report_trapped(ctx, "fkt_convertfilename()", step);
     }
 }
 
@@ -137,7 +146,9 @@ std::string fkt_filterillegal(const std::string& text, Flag pathMode) {
             case '>':
             case '<':
             case '|':
-            case '\\': c = '_'; break;
+            case '\\':
+                c = '_';
+                break;
             case '/':
                 if (!is_set(pathMode)) c = '_';
                 break;
@@ -147,7 +158,8 @@ std::string fkt_filterillegal(const std::string& text, Flag pathMode) {
                 if (!is_set(pathMode) || i != 1 || i + 1 >= out.size() || out[i + 1] != '/')
                     c = '_';
                 break;
-            default: break;
+            default:
+                break;
         }
     }
     return out;

@@ -19,7 +19,7 @@ namespace {
 constexpr const char* kTrapName = "fkt_CompareStringInFile of Modul mod_comparestring";
 
 [[noreturn]] void fail(int err, const std::string& file) {
-    const int number = err == ENOENT   ? errnum::kPathNotFound
+    const int number = err == ENOENT                   ? errnum::kPathNotFound
                        : err == EACCES || err == EPERM ? errnum::kPermissionDenied
                                                        : errnum::kPathFileAccessError;
     throw VbError(number, std::string(std::strerror(err)) + ": " + file);
@@ -38,8 +38,8 @@ void read_record(int fd, off_t offset, std::vector<char>& buf, const std::string
     std::fill(buf.begin(), buf.end(), '\0');
     std::size_t got = 0;
     while (got < buf.size()) {
-        const ssize_t n = ::pread(fd, buf.data() + got, buf.size() - got,
-                                  offset + static_cast<off_t>(got));
+        const ssize_t n =
+            ::pread(fd, buf.data() + got, buf.size() - got, offset + static_cast<off_t>(got));
         if (n < 0) {
             if (errno == EINTR) continue;
             fail(errno, file);
@@ -110,7 +110,7 @@ Flag fkt_AppendStringToFile(Program& ctx, const std::string& file, const std::st
         f.fd = -1;
         return kTrue;
     } catch (...) {
-        report_trapped(ctx, kTrapName, 1);
+        report_trapped(ctx, kTrapName, 0);  // no steps of its own
         return kFalse;
     }
 }

@@ -83,8 +83,9 @@ CellConversions CellConversions::c_locale() {
 }
 
 std::int16_t file_row_col(std::int32_t value) {
-    const std::int64_t v = value;
-    return to_i16(v <= 32767 ? v - 1 : v - 65536);
+    const auto rc = checked_row_col(value);
+    if (!rc) overflow();
+    return *rc;
 }
 
 ExcelFile::ExcelFile(CellConversions conv, std::shared_ptr<FileIo> io)
@@ -173,9 +174,14 @@ std::int16_t ExcelFile::WriteValue(std::int32_t ValueType, std::int32_t CellFont
                                    std::int32_t Alignment, std::int32_t HiddenLocked,
                                    std::int32_t lRow, std::int32_t lCol, const CellValue& Value,
                                    std::int32_t CellFormat) {
+    // Every cell past the last addressable row lands here in a long report: answer without
+    // the cost of an exception.
+    const auto fileRow = checked_row_col(lRow);
+    const auto fileCol = checked_row_col(lCol);
+    if (!fileRow || !fileCol) return static_cast<std::int16_t>(errnum::kOverflow);
     return trapped([&] {
-        const auto row = static_cast<std::uint16_t>(file_row_col(lRow));
-        const auto col = static_cast<std::uint16_t>(file_row_col(lCol));
+        const auto row = static_cast<std::uint16_t>(*fileRow);
+        const auto col = static_cast<std::uint16_t>(*fileCol);
         if (ValueType < 0 || ValueType > 3) return;
         const biff2::CellAttributes a{
             to_byte(HiddenLocked), to_byte(std::int64_t{CellFormat} + std::int64_t{CellFontUsed}),

@@ -40,6 +40,13 @@ struct CellConversions {
 // The row and column rule: up to 32767 the value minus 1, above it the value minus 65536,
 // as a 16-bit two's complement number. Throws VbError 6 outside the 16-bit range.
 std::int16_t file_row_col(std::int32_t value);
+// The same rule without the throw: nullopt outside the 16-bit range. Inline: called
+// twice for every cell.
+inline std::optional<std::int16_t> checked_row_col(std::int32_t value) noexcept {
+    const std::int64_t v = value <= 32767 ? std::int64_t{value} - 1 : std::int64_t{value} - 65536;
+    if (v < -32768 || v > 32767) return std::nullopt;
+    return static_cast<std::int16_t>(v);
+}
 
 class ExcelFile {
   public:

@@ -37,16 +37,19 @@ void print_on(Program& ctx, const std::string& printer, const std::string& fileN
         step = 5;
         std::ifstream in(fileName, std::ios::binary);
         if (!in) throw VbError(errnum::kFileNotFound, "File not found: " + fileName);
-        auto job = ps.system->start_job(printer, o, fileName);
         step = 6;
+        // The job begins with the first line: an empty file prints nothing (a print
+        // server refuses an empty document).
+        std::unique_ptr<PrintJob> job;
         std::string line;
         while (std::getline(in, line)) {
             if (!line.empty() && line.back() == '\r') line.pop_back();
+            if (!job) job = ps.system->start_job(printer, o, fileName);
             job->print_line(line);
             ctx.host.pump_events();
         }
         step = 7;
-        job->end();
+        if (job) job->end();
         step = 8;
         ps.current = remembered;
     } catch (...) {

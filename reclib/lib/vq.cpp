@@ -353,4 +353,9 @@ int32_t DllVQgetEachOpeLoginf(int32_t handle, int32_t index, int32_t* seconds, i
     });
 }
 
+int32_t DllVQtoDateTime(int32_t seconds, int32_t* year, int32_t* month, int32_t* day, int32_t* hour,
+                        int32_t* minute, int32_t* second) {
+    return to_date_time(seconds, year, month, day, hour, minute, second);
+}
+
 }  // extern "C"

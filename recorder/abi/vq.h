@@ -134,6 +134,12 @@ QUMBREL_RECLIB_API int32_t DllVQgetEachOpeLoginf(int32_t handle, int32_t index, 
                                                  int32_t* serial, int32_t* source, int32_t* value,
                                                  char* user, int32_t* errorCode, char* extra);
 
+// The file elements split the start with this one; the times of the other readers go through
+// DllVUtoDateTime of the VU library. Both split alike.
+QUMBREL_RECLIB_API int32_t DllVQtoDateTime(int32_t seconds, int32_t* year, int32_t* month,
+                                           int32_t* day, int32_t* hour, int32_t* minute,
+                                           int32_t* second);
+
 }  // extern "C"
 
 #define QUMBREL_VQ_FUNCTIONS(X) \
@@ -157,6 +163,7 @@ QUMBREL_RECLIB_API int32_t DllVQgetEachOpeLoginf(int32_t handle, int32_t index, 
     X(DllVQgetEachSigninInf)    \
     X(DllVQgetSigninSts)        \
     X(DllVQgetEachSigninSts)    \
-    X(DllVQgetEachOpeLoginf)
+    X(DllVQgetEachOpeLoginf)    \
+    X(DllVQtoDateTime)
 
 QUMBREL_VQ_FUNCTIONS(QUMBREL_ABI_FN_TYPE)

@@ -129,10 +129,21 @@ TEST_F(Qumbrel, IndexModeRegistersAndAServiceRunSkipsARegisteredFile) {
     EXPECT_FALSE(exists(out + "/run3.csv"));
     EXPECT_EQ(register_text(), "run3.oge    run3.oge\r\n");
 
-    // An interactive run converts it again on demand and keeps the one register line.
+    // A one-shot run from the command line is interactive but shows no alert: the file
+    // is converted again and registered once more.
     EXPECT_EQ(qumbrel(sh_quote(src)), 0) << output;
     EXPECT_TRUE(exists(out + "/run3.csv"));
-    EXPECT_EQ(register_text(), "run3.oge    run3.oge\r\n");
+    EXPECT_EQ(register_text(), "run3.oge    run3.oge\r\nrun3.oge    run3.oge\r\n");
+}
+
+TEST_F(Qumbrel, BareLanguageFileNameMeansTheProgramFolder) {
+    const std::string src = simulate("lang.oge");
+    file["language"] = "english.lng";  // the program folder got its copy of the shipped file
+    ASSERT_EQ(qumbrel(sh_quote(src)), 0) << output;
+    EXPECT_NE(output.find("Finished."), std::string::npos) << output;
+    // Remembered with its folder, as every form load does.
+    EXPECT_NE(read_file(home + "/qumbrel.ini").find("language=" + home + "/english.lng"),
+              std::string::npos);
 }
 
 TEST_F(Qumbrel, DebugKeepsTheSourceAndWritesTheStatusLog) {
@@ -252,8 +263,10 @@ TEST_F(Qumbrel, DamagedFileGetsTheErrorNamesAndExitOne) {
     const std::string cmd = sh_quote(std::string(QUMBREL_BIN_DIR) + "/recsim") +
                             " --family VT --damaged --out " + sh_quote(src) + " >/dev/null";
     ASSERT_EQ(exit_code(std::system(cmd.c_str())), 0);
-    // Started by the service, the run is not interactive: a damaged file stops the report.
-    EXPECT_EQ(qumbrel("/STARTSFROMSERVICE " + sh_quote(src)), 1) << output;
+    // Started by the service (keyword in any case), the run is not interactive: a damaged
+    // file stops the report. A service run prints no status lines.
+    EXPECT_EQ(qumbrel("/startsfromservice " + sh_quote(src)), 1) << output;
+    EXPECT_EQ(output, "");
     EXPECT_TRUE(exists(out + "/bad.csv.Error.csv")) << output;
     EXPECT_TRUE(exists(out + "/bad.oge.Error.oge"));
 }

@@ -1,14 +1,14 @@
 // The built qumbrel program in its automatic mode, headless, on VT files made by recsim:
-// a running schedule stopped by SIGTERM, a stop in the middle of a batch, and --once.
+// a running schedule stopped by SIGTERM, and a stop in the middle of a batch.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
-#include <fstream>
-#include <map>
+#include <functional>
 #include <string>
 #include <thread>
 
@@ -35,21 +35,11 @@ struct Automatic : ::testing::Test {
     std::string out = dir.file("out");
     std::string done = dir.file("done");
     std::string log = dir.file("run.out");
-    std::map<std::string, std::string> start{
-        {"autostart", "1"}, {"sheduler", "6"}, {"filetyp", "2"}};
-    std::map<std::string, std::string> file{
-        {"targetformat", "0"},         {"binfilemodus", "0"},       {"noconversion", "0"},
-        {"targetname", "0"},           {"targetnameformat", ">$O"}, {"fileextension", "csv"},
-        {"sourcenamesametarget", "0"}, {"alarminclusive", "1"},     {"messageinclusive", "1"},
-    };
+    std::string autostart = "1";
     pid_t pid = -1;
 
     void SetUp() override {
         for (const auto& d : {home, in, out, done}) fs::create_directories(d);
-        file["sourcepath"] = in;
-        file["targetpath"] = out;
-        file["targetpathsourcefile"] = done;
-        file["language"] = std::string(QUMBREL_BIN_DIR) + "/english.lng";
     }
     void TearDown() override {
         if (pid > 0) {
@@ -57,14 +47,16 @@ struct Automatic : ::testing::Test {
             waitpid(pid, nullptr, 0);
         }
     }
-
     void write_options() {
-        std::string text = "[start]\n";
-        for (const auto& [k, v] : start) text += k + "=" + v + "\n";
-        text += "[file]\n";
-        for (const auto& [k, v] : file) text += k + "=" + v + "\n";
-        text += "[userdefined]\nChannels=ALL\nTimeSelect=0\n";
-        write_file(home + "/qumbrel.ini", text);
+        write_file(home + "/qumbrel.ini",
+                   "[start]\nsheduler=6\nfiletyp=2\nautostart=" + autostart +
+                       "\n[file]\ntargetformat=0\nbinfilemodus=0\nnoconversion=0\ntargetname=0\n"
+                       "targetnameformat=>$O\nfileextension=csv\nsourcenamesametarget=0\n"
+                       "alarminclusive=1\nmessageinclusive=1\nsourcepath=" +
+                       in + "\ntargetpath=" + out + "\ntargetpathsourcefile=" + done +
+                       "\nlanguage=" QUMBREL_BIN_DIR
+                       "/english.lng\n"
+                       "[userdefined]\nChannels=ALL\nTimeSelect=0\n");
     }
 
     std::string simulate(const std::string& rel, const std::string& kind = "event",
@@ -97,28 +89,26 @@ struct Automatic : ::testing::Test {
             _exit(98);
         }
     }
-    // Exit code, or -1 when it did not end in time, -2 when a signal ended it.
-    int wait_exit(std::chrono::seconds limit = 30s) {
-        const auto end = std::chrono::steady_clock::now() + limit;
-        while (std::chrono::steady_clock::now() < end) {
-            int status = 0;
-            if (waitpid(pid, &status, WNOHANG) == pid) {
-                pid = -1;
-                return WIFEXITED(status) ? WEXITSTATUS(status) : -2;
-            }
-            std::this_thread::sleep_for(20ms);
-        }
-        return -1;
-    }
-    bool wait_for(const std::vector<std::string>& paths, std::chrono::seconds limit = 60s) {
-        const auto end = std::chrono::steady_clock::now() + limit;
-        while (std::chrono::steady_clock::now() < end) {
-            bool all = true;
-            for (const auto& p : paths) all = all && fs::exists(p);
-            if (all) return true;
-            std::this_thread::sleep_for(50ms);
-        }
+    static bool until(const std::function<bool()>& done, std::chrono::seconds limit) {
+        for (const auto end = std::chrono::steady_clock::now() + limit;
+             std::chrono::steady_clock::now() < end; std::this_thread::sleep_for(20ms))
+            if (done()) return true;
         return false;
+    }
+    // Exit code, or -1 when it did not end in time, -2 when a signal ended it.
+    int wait_exit() {
+        int status = 0;
+        if (!until([&] { return waitpid(pid, &status, WNOHANG) == pid; }, 30s)) return -1;
+        pid = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -2;
+    }
+    bool wait_for(const std::vector<std::string>& paths) {
+        return until(
+            [&] {
+                return std::all_of(paths.begin(), paths.end(),
+                                   [](const auto& p) { return fs::exists(p); });
+            },
+            60s);
     }
     std::string output() const { return fs::exists(log) ? read_file(log) : ""; }
     std::vector<std::string> files_below(const std::string& root) const {
@@ -165,7 +155,7 @@ TEST_F(Automatic, StopInTheMiddleOfABatchLeavesEveryFileWholeOnOneSide) {
     const std::string first = simulate("batch/f10.oge", "event", 50000);
     for (int i = 1; i < kFiles; ++i)
         fs::copy_file(first, in + "/batch/f" + std::to_string(10 + i) + ".oge");
-    start["autostart"] = "0";
+    autostart = "0";
     launch({"--headless", "--auto"});
     ASSERT_TRUE(wait_for({out + "/batch/f10.csv"})) << output();
     ASSERT_EQ(kill(pid, SIGTERM), 0);
@@ -183,36 +173,4 @@ TEST_F(Automatic, StopInTheMiddleOfABatchLeavesEveryFileWholeOnOneSide) {
     EXPECT_GE(convertedCount, 1);
     EXPECT_LT(convertedCount, kFiles);
     for (const auto& f : files_below(out)) EXPECT_EQ(fs::path(f).extension(), ".csv") << f;
-}
-
-TEST_F(Automatic, OnceConvertsRightAwayAndTellsAFailure) {
-    start["autostart"] = "0";
-    start["sheduler"] = "1";
-    start["hour"] = "late";  // the schedule is not read: no firing time needed, no error
-    simulate("good/g.oge");
-    simulate("stuck.oge");
-    // The place the source would move to is taken by a folder: that move fails.
-    fs::create_directories(done + "/stuck.oge/occupied");
-    launch({"--headless", "--once"});
-    EXPECT_EQ(wait_exit(), 1) << output();
-    EXPECT_TRUE(fs::exists(out + "/good/g.csv")) << output();
-    EXPECT_TRUE(fs::exists(done + "/good/g.oge"));
-    EXPECT_TRUE(fs::exists(in + "/stuck.oge"));  // a failed move keeps the source
-    EXPECT_EQ(read_file(home + "/error.log").find("sub_formLoad"), std::string::npos);
-    // The way cleared, a second run converts what is left and succeeds.
-    fs::remove_all(done + "/stuck.oge");
-    launch({"--once"});
-    EXPECT_EQ(wait_exit(), 0) << output();
-    EXPECT_TRUE(fs::exists(done + "/stuck.oge"));
-    EXPECT_TRUE(files_below(in).empty());
-    for (const auto& f : files_below(out)) EXPECT_EQ(fs::path(f).extension(), ".csv") << f;
-}
-
-TEST_F(Automatic, MissingSourceFolderIsAStartUpError) {
-    start["autostart"] = "0";
-    file["sourcepath"] = dir.file("nowhere");
-    launch({"--headless", "--auto"});
-    EXPECT_EQ(wait_exit(), 2) << output();
-    const std::string errors = read_file(home + "/error.log");
-    EXPECT_NE(errors.find("Quellordner ist nicht vorhanden."), std::string::npos) << errors;
 }

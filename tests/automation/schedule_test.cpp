@@ -1,8 +1,11 @@
 // The schedule table of the load and the firing test of each kind, walked minute by
-// minute over whole weeks.
+// minute over a whole week.
 #include "automation/schedule.h"
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
 
 #include "frame/errors.h"
 #include "tests/support/test_support.h"
@@ -23,7 +26,7 @@ Schedule load(int kind, std::string hour = "1", std::string minute = "0", int da
 
 using Hours = std::array<std::int16_t, 7>;
 
-// Firings of one week, Sunday 2024-01-07 00:00 to Saturday 23:59, by weekday.
+// Firings of one week, Sunday 2024-01-07 00:00 to Saturday 23:59, by weekday (1 = Sunday).
 std::array<int, 8> firings_per_weekday(const Schedule& s) {
     std::array<int, 8> count{};
     for (int day = 7; day <= 13; ++day)
@@ -36,10 +39,13 @@ std::array<int, 8> firings_per_weekday(const Schedule& s) {
     return count;
 }
 
-int total(const std::array<int, 8>& c) {
-    int n = 0;
-    for (int v : c) n += v;
-    return n;
+int vb_error_of(const std::function<void()>& f) {
+    try {
+        f();
+    } catch (const VbError& e) {
+        return e.number();
+    }
+    return 0;
 }
 
 }  // namespace
@@ -52,34 +58,63 @@ TEST(Schedule, WeekdaysCountFromSunday) {
     EXPECT_EQ(weekday_sunday_first({1899, 12, 24}), 1);  // before day 0 of the serial dates
 }
 
-TEST(Schedule, LoadTableByKind) {
-    const Schedule weekly = load(0, "7", "15", 0);
-    EXPECT_EQ(weekly.nScanMinute, 15);
-    EXPECT_EQ(weekly.nScanHour[0], 7);
-    EXPECT_EQ(weekly.nScanWeekday, 1);  // day 0 is Sunday
-    EXPECT_EQ(weekly.platformIntervalMs, 60000u);
-
-    EXPECT_EQ(load(3, "22", "5").nScanHour, (Hours{22, 1, 4, 10, 13, 16, 19}));
-    EXPECT_EQ(load(4, "20").nScanHour, (Hours{20, 2, 8, 14, 0, 0, 0}));
-    const Schedule twelve = load(5, "13");
-    EXPECT_EQ(twelve.nScanHour, (Hours{13, 1, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(twelve.nScanWeekday, 0);
-
-    // Hours above 23 are reduced by 24, once.
-    EXPECT_EQ(load(1, "25").nScanHour[0], 1);
-    EXPECT_EQ(load(1, "50").nScanHour[0], 26);
-
-    // Kind 2 sets the minute only, kind 6 nothing but its interval.
-    const Schedule hourly = load(2, "9", "40");
-    EXPECT_EQ(hourly.nScanMinute, 40);
-    EXPECT_EQ(hourly.nScanHour[0], 0);
-    const Schedule fast = load(6, "9", "40");
-    EXPECT_EQ(fast.nScanMinute, 0);
-    EXPECT_EQ(fast.platformIntervalMs, 5000u);
-
-    EXPECT_EQ(load(7, "1", "3").platformIntervalMs, 180000u);
-    // minute 0 asks for an interval of 0, which the platform timer answers with its minimum.
-    EXPECT_EQ(load(7, "1", "0").platformIntervalMs, 10u);
+// Every kind: its load table and how often it fires in a week.
+TEST(Schedule, EveryKindLoadsItsTableAndFiresOverAWeek) {
+    struct Case {
+        int kind;
+        const char *hour, *minute;
+        int day;
+        std::optional<Hours> hours;
+        int hour0, scanMinute;  // -1: not checked
+        int weekday;
+        std::uint32_t intervalMs;
+        int perWeek, onWeekday;  // onWeekday: the weekday holding them all, or 0
+    };
+    const std::vector<Case> cases{
+        {0, "7", "15", 0, {}, 7, 15, 1, 60000, 1, 1},  // day 0 is Sunday
+        {0, "7", "15", 6, {}, 7, 15, 7, 60000, 1, 7},  // day 6 Saturday
+        {1, "7", "15", 0, {}, 7, 15, 0, 60000, 7, 0},
+        {1, "25", "0", 0, {}, 1, 0, 0, 60000, 7, 0},        // above 23: reduced by 24 ...
+        {1, "50", "0", 0, {}, 26, 0, 0, 60000, 0, 0},       // ... once, never to fire
+        {2, "9", "40", 0, {}, 0, 40, 0, 60000, 7 * 24, 0},  // minute only
+        // Every 3 hours without the nine-hour step: seven firings a day.
+        {3, "22", "5", 0, Hours{22, 1, 4, 10, 13, 16, 19}, -1, 5, 0, 60000, 7 * 7, 0},
+        {4, "20", "30", 0, Hours{20, 2, 8, 14, 0, 0, 0}, -1, 30, 0, 60000, 7 * 4, 0},
+        // Every 12 hours compares a weekday its load never sets: it never fires.
+        {5, "13", "0", 0, Hours{13, 1, 0, 0, 0, 0, 0}, -1, 0, 0, 60000, 0, 0},
+        // Kinds 6 and 7 fire at every tick; 7 at its minute's interval, where minute 0
+        // asks for 0, which the platform timer answers with its minimum.
+        {6, "9", "40", 0, {}, -1, 0, 0, 5000, 7 * 24 * 60, 0},
+        {7, "1", "3", 0, {}, -1, -1, 0, 180000, 7 * 24 * 60, 0},
+        {7, "1", "0", 0, {}, -1, -1, 0, 10, 7 * 24 * 60, 0},
+        {8, "1", "0", 0, {}, -1, 0, 0, 60000, 0, 0},  // unknown kinds never fire
+        {-1, "1", "0", 0, {}, -1, 0, 0, 60000, 0, 0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << "kind " << c.kind << " hour " << c.hour << " minute "
+                                          << c.minute << " day " << c.day);
+        const Schedule s = load(c.kind, c.hour, c.minute, c.day);
+        EXPECT_EQ(s.kind, c.kind);
+        if (c.hours) {
+            EXPECT_EQ(s.nScanHour, *c.hours);
+        }
+        EXPECT_TRUE(c.hour0 < 0 || s.nScanHour[0] == c.hour0) << s.nScanHour[0];
+        EXPECT_TRUE(c.scanMinute < 0 || s.nScanMinute == c.scanMinute) << s.nScanMinute;
+        EXPECT_EQ(s.nScanWeekday, c.weekday);
+        EXPECT_EQ(s.platformIntervalMs, c.intervalMs);
+        const auto week = firings_per_weekday(s);
+        int total = 0;
+        for (int n : week) total += n;
+        EXPECT_EQ(total, c.perWeek);
+        if (c.onWeekday) {
+            EXPECT_EQ(week[static_cast<std::size_t>(c.onWeekday)], c.perWeek);
+        }
+    }
+    // Kind 3 fires at the minute of its hours and nowhere else; 22 + 9 is missing.
+    const Schedule three = load(3, "22", "0");
+    EXPECT_TRUE(schedule_fires(three, {2024, 1, 8, 4, 0}));
+    EXPECT_FALSE(schedule_fires(three, {2024, 1, 8, 7, 0}));
+    EXPECT_FALSE(schedule_fires(three, {2024, 1, 8, 10, 1}));
 }
 
 TEST(Schedule, HourAndMinuteAreReadAsNumbers) {
@@ -92,47 +127,9 @@ TEST(Schedule, HourAndMinuteAreReadAsNumbers) {
     p->opt.minute = "12";
     p->opt.hour = "eight";
     Schedule partial;
-    try {
-        compute_schedule(*p, &partial);
-        ADD_FAILURE() << "no error";
-    } catch (const VbError& e) {
-        EXPECT_EQ(e.number(), errnum::kTypeMismatch);
-    }
+    EXPECT_EQ(vb_error_of([&] { compute_schedule(*p, &partial); }), errnum::kTypeMismatch);
     EXPECT_EQ(partial.nScanMinute, 12);
     EXPECT_FALSE(partial.complete);
     p->opt.hour = "40000";
-    try {
-        compute_schedule(*p);
-        ADD_FAILURE() << "no error";
-    } catch (const VbError& e) {
-        EXPECT_EQ(e.number(), errnum::kOverflow);
-    }
-}
-
-TEST(Schedule, FiringsOverAWeek) {
-    // Weekly, day 0: Sunday 07:15 only.
-    const auto weekly = firings_per_weekday(load(0, "7", "15", 0));
-    EXPECT_EQ(total(weekly), 1);
-    EXPECT_EQ(weekly[1], 1);
-    EXPECT_TRUE(schedule_fires(load(0, "7", "15", 0), {2024, 1, 7, 7, 15}));
-    EXPECT_FALSE(schedule_fires(load(0, "7", "15", 0), {2024, 1, 8, 7, 15}));
-    EXPECT_EQ(firings_per_weekday(load(0, "7", "15", 6))[7], 1);  // day 6: Saturday
-
-    EXPECT_EQ(total(firings_per_weekday(load(1, "7", "15"))), 7);
-    EXPECT_EQ(total(firings_per_weekday(load(2, "7", "15"))), 7 * 24);
-    // Every 3 hours without the nine-hour step: seven firings a day.
-    EXPECT_EQ(total(firings_per_weekday(load(3, "22", "0"))), 7 * 7);
-    const Schedule three = load(3, "22", "0");
-    EXPECT_TRUE(schedule_fires(three, {2024, 1, 8, 4, 0}));
-    EXPECT_FALSE(schedule_fires(three, {2024, 1, 8, 7, 0}));  // 22 + 9 is missing
-    EXPECT_TRUE(schedule_fires(three, {2024, 1, 8, 10, 0}));
-    EXPECT_FALSE(schedule_fires(three, {2024, 1, 8, 10, 1}));
-    EXPECT_EQ(total(firings_per_weekday(load(4, "20", "30"))), 7 * 4);
-    // Every 12 hours compares a weekday its load never sets: it never fires.
-    EXPECT_EQ(total(firings_per_weekday(load(5, "13", "0"))), 0);
-    // Kinds 6 and 7 fire at every tick; unknown kinds never.
-    EXPECT_EQ(total(firings_per_weekday(load(6))), 7 * 24 * 60);
-    EXPECT_EQ(total(firings_per_weekday(load(7, "1", "0"))), 7 * 24 * 60);
-    EXPECT_EQ(total(firings_per_weekday(load(8))), 0);
-    EXPECT_EQ(total(firings_per_weekday(load(-1))), 0);
+    EXPECT_EQ(vb_error_of([&] { compute_schedule(*p); }), errnum::kOverflow);
 }

@@ -4,6 +4,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <string>
+#include <utility>
 
 #include "frame/apifile.h"
 #include "frame/codepage.h"
@@ -11,6 +13,7 @@
 #include "tests/support/test_support.h"
 
 using namespace qumbrel;
+using qumbrel::testing::as_ordinary_user;
 using qumbrel::testing::read_file;
 using qumbrel::testing::TempDir;
 using qumbrel::testing::write_file;
@@ -67,13 +70,16 @@ TEST(ApiFile, AFailingCopyLeavesNoTargetAndTheSourceIntact) {
 }
 
 TEST(ApiFile, MoveIntoAReadOnlyFolderFailsAndKeepsTheSource) {
-    if (::geteuid() == 0) GTEST_SKIP() << "root ignores folder permissions";
     TempDir d;
     fs::create_directory(d.file("ro"));
-    fs::permissions(d.file("ro"), fs::perms::owner_read | fs::perms::owner_exec);
     write_file(d.file("a.ogd"), "keep");
-    EXPECT_NE(Cls_APIFile().MoveFile(d.file("a.ogd"), d.file("ro/a.ogd")), 0);
-    EXPECT_EQ(read_file(d.file("a.ogd")), "keep");
+    fs::permissions(d.file("ro"), fs::perms::owner_read | fs::perms::owner_exec);
+    const auto kept = as_ordinary_user(d.path(), [&] {
+        return Cls_APIFile().MoveFile(d.file("a.ogd"), d.file("ro/a.ogd")) != 0 &&
+               read_file(d.file("a.ogd")) == "keep" && !fs::exists(d.file("ro/a.ogd"));
+    });
+    if (!kept) GTEST_SKIP() << "cannot run as an ordinary user";
+    EXPECT_TRUE(*kept);
 }
 
 TEST(ApiFile, MakeFolderTree) {
@@ -110,13 +116,66 @@ TEST(Registry, RootCheckValuesAndErrors) {
     EXPECT_EQ(broken.ReadRegValue("HKEY_USERS\\a", "b", v), "");
 }
 
+TEST(Registry, EveryRootNameIsAKeyOfItsOwn) {
+    for (const char* root :
+         {"HKEY_CLASSES_ROOT", "HKEY_CURRENT_USER", "HKEY_LOCAL_MACHINE", "HKEY_USERS",
+          "HKEY_PERFORMANCE_DATA", "HKEY_CURRENT_CONFIG", "HKEY_DYN_DATA"}) {
+        EXPECT_EQ(RegistryStore::check_root(root), "") << root;
+        EXPECT_EQ(RegistryStore::check_root(std::string(root) + "\\Software"), "") << root;
+    }
+    EXPECT_EQ(RegistryStore::check_root("hkey_users\\x"), "Incorrect Format: hkey_users\\x");
+}
+
+// Any text comes back as it was set: none reads as a DWORD or loses blanks or quotes.
+TEST(Registry, TextValuesReadBackAsWritten) {
+    TempDir d;
+    RegistryStore reg(d.file("registry.ini"));
+    const std::string key = "HKEY_CURRENT_USER\\Software\\Q";
+    for (const char* text : {"dword:12", "sz:x", "sz:", "  padded\t", "\"quoted\"", "\"", "a \"b\"",
+                             "", "0000000000000000000001"}) {
+        ASSERT_EQ(reg.SetRegString(key, "v", text), "") << text;
+        std::string v = "stale";
+        EXPECT_EQ(reg.ReadRegValue(key, "v", v), "");
+        EXPECT_EQ(v, text);
+    }
+    ASSERT_EQ(reg.SetRegDWORD(key, "n", 4294967295u), "");
+    std::string v;
+    reg.ReadRegValue(key, "n", v);
+    EXPECT_EQ(v, "4294967295");
+}
+
+// A key or name that a line of the store cannot hold is refused, and the file stays whole.
+TEST(Registry, KeysAndNamesTheStoreCannotHoldAreRefused) {
+    TempDir d;
+    RegistryStore reg(d.file("registry.ini"));
+    ASSERT_EQ(reg.SetRegString("HKEY_USERS\\a", "keep", "1"), "");
+    const std::string before = read_file(d.file("registry.ini"));
+    const std::pair<std::string, std::string> bad[] = {
+        {"HKEY_USERS\\a]\n[b", "m"}, {"HKEY_USERS\\a\r", "m"},  {"HKEY_USERS\\a ", "m"},
+        {"HKEY_USERS\\a", "m=n"},    {"HKEY_USERS\\a", "x\ny"}, {"HKEY_USERS\\a", "[s]"},
+        {"HKEY_USERS\\a", ";c"},     {"HKEY_USERS\\a", " m"}};
+    for (const auto& [key, name] : bad) {
+        EXPECT_TRUE(reg.SetRegString(key, name, "v").starts_with("Error")) << key << "/" << name;
+        EXPECT_TRUE(reg.SetRegDWORD(key, name, 1).starts_with("Error")) << key << "/" << name;
+        std::string v;
+        EXPECT_TRUE(reg.ReadRegValue(key, name, v).starts_with("Error")) << key << "/" << name;
+    }
+    EXPECT_TRUE(reg.CreateRegKey("HKEY_USERS\\a]x").starts_with("Error"));
+    EXPECT_EQ(read_file(d.file("registry.ini")), before);
+    std::string v;
+    EXPECT_EQ(reg.ReadRegValue("HKEY_USERS\\a", "keep", v), "");
+    EXPECT_EQ(v, "1");
+}
+
 TEST(CodePage, RoundTripsAndReplacesWhatItCannotHold) {
     EXPECT_EQ(cp1252_to_utf8("\x80 \xE4\xFC \x9F"), "\xE2\x82\xAC \xC3\xA4\xC3\xBC \xC5\xB8");
     EXPECT_EQ(utf8_to_cp1252("\xE2\x82\xAC \xC3\xA4 \xE2\x88\x9E"), "\x80 \xE4 ?");
     EXPECT_EQ(utf8_or_cp1252("\xC3\xA4"), "\xC3\xA4");
     EXPECT_EQ(utf8_or_cp1252("\xE4"), "\xC3\xA4");
     EXPECT_FALSE(is_valid_utf8("\xC0\x80"));  // overlong
-    EXPECT_EQ(utf8_length("a\xC3\xA4" "b"), 3u);
+    EXPECT_EQ(utf8_length("a\xC3\xA4"
+                          "b"),
+              3u);
 }
 
 }  // namespace

@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+
 #include "frame/ini.h"
 #include "tests/support/test_support.h"
 
@@ -10,12 +16,6 @@ using qumbrel::testing::TestProgram;
 using qumbrel::testing::write_file;
 
 namespace {
-
-const char* const kMsgKeys[] = {
-    "CheckSettings", "Pathnotexist",  "SaveChanges",   "TemplateNotExist",    "allreadycompiled",
-    "closefile",     "createfile",    "deletefile",    "filenotexist",        "finished",
-    "insertalarm",   "insertmessage", "insertoperationlogs", "insertvalue",   "movefile",
-    "printfile",     "puzzlefilename", "runmakro",     "startconverting",     "time"};
 
 TEST(Language, TranslateReadsSectionMsgCaseInsensitively) {
     TestProgram p;
@@ -68,10 +68,39 @@ TEST(Language, FormWalkKeysAndDefaults) {
     EXPECT_EQ(p->opt.language, p->program_file("other.lng"));
 }
 
-TEST(Language, ShippedFilesHaveEveryStatusText) {
+// Every status text the program looks up has a text in both shipped files. The keys are
+// taken from the sources, so a new lookup cannot go without its catalogue entry.
+TEST(Language, ShippedFilesHaveEveryKeyTheProgramLooksUp) {
+    namespace fs = std::filesystem;
+    const fs::path root(QUMBREL_SOURCE_DIR);
+    const std::regex call(R"re(fkt_translate\(\s*\w+\s*,\s*"([^"]*)"\s*\))re");
+    std::set<std::string> keys;
+    for (const char* dir :
+         {"app", "automation", "excel", "frame", "pipeline", "recorder", "reports", "ui"}) {
+        if (!fs::is_directory(root / dir)) continue;
+        for (const auto& e : fs::recursive_directory_iterator(root / dir)) {
+            const auto ext = e.path().extension();
+            if (ext != ".cpp" && ext != ".h") continue;
+            if (e.path().stem() == "language") continue;  // declaration and definition
+            std::ifstream in(e.path());
+            std::stringstream text;
+            text << in.rdbuf();
+            const std::string src = text.str();
+            std::size_t calls = 0;
+            for (auto at = src.find("fkt_translate("); at != std::string::npos;
+                 at = src.find("fkt_translate(", at + 1))
+                ++calls;
+            std::size_t literal = 0;
+            for (std::sregex_iterator m(src.begin(), src.end(), call), end; m != end;
+                 ++m, ++literal)
+                keys.insert((*m)[1].str());
+            EXPECT_EQ(literal, calls) << e.path() << ": a key that is not a literal";
+        }
+    }
+    ASSERT_FALSE(keys.empty());
     for (const char* file : {"deutsch.lng", "english.lng"}) {
-        const std::string path = std::string(QUMBREL_SOURCE_DIR) + "/lang/" + file;
-        for (const char* key : kMsgKeys)
+        const std::string path = (root / "lang" / file).string();
+        for (const auto& key : keys)
             EXPECT_FALSE(fkt_readlanguage(path, "MSG", key, "").empty()) << file << " " << key;
     }
 }

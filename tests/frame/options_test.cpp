@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "frame/ini.h"
 #include "frame/options_io.h"
 #include "frame/registry.h"
@@ -12,37 +14,35 @@ using qumbrel::testing::write_file;
 
 namespace {
 
-TEST(Options, MissingFileReadsAsDefaultsAndResetsSavetoggle) {
-    TestProgram p("de-DE");
-    fkt_loadoptionfile(*p);
-    const Options& o = p->opt;
-    EXPECT_EQ(o.targetnameformat, "$O");
-    EXPECT_EQ(o.fileextension, "csv");
-    EXPECT_EQ(o.hour, "1");
-    EXPECT_EQ(o.filetypuserdef, "*.hnd");
-    EXPECT_EQ(o.measurementsinclusive, kTrue);
-    EXPECT_EQ(o.alarminclusive, kFalse);
-    EXPECT_EQ(o.row, "1");
-    EXPECT_EQ(o.TimeSelect, "0");
-    EXPECT_EQ(o.language, p->program_file("deutsch.lng"));
-    // Separators default to the regional values.
-    EXPECT_EQ(o.listseparator, ";");
-    EXPECT_EQ(o.decseparator, ",");
-    EXPECT_EQ(o.thousseparator, ".");
-    EXPECT_EQ(o.dateseparator, ".");
-    EXPECT_EQ(o.timeseparator, ":");
-    EXPECT_TRUE(o.vChannelList.empty());
-    EXPECT_EQ(o.bLoggedIn, kTrue);
-    // The load writes savetoggle=0, which creates the file.
-    EXPECT_EQ(clsINI(p->run.strOptionFile).GetKeyValue("file", "savetoggle"), "0");
+// What the pages write for the given options: a mechanism to compare whole option sets.
+std::string saved(TestProgram& p, Options o, const std::string& file) {
+    const std::string keep = p->run.strOptionFile;
+    p->run.strOptionFile = p->program_file(file);
+    o.language = "/same.lng";
+    EXPECT_TRUE(fkt_saveoption_run(*p, o));
+    EXPECT_TRUE(fkt_saveoption_settings(*p, o));
+    p->run.strOptionFile = keep;
+    return read_file(p->program_file(file));
 }
 
-TEST(Options, EnUsSeparatorDefaults) {
-    TestProgram p("en-US");
-    fkt_loadoptionfile(*p);
-    EXPECT_EQ(p->opt.listseparator, ",");
-    EXPECT_EQ(p->opt.decseparator, ".");
-    EXPECT_EQ(p->opt.dateseparator, "/");
+TEST(Options, MissingFileReadsAsDefaultsAndResetsSavetoggle) {
+    for (const char* region : {"de-DE", "en-US"}) {
+        SCOPED_TRACE(region);
+        TestProgram p(region);
+        fkt_loadoptionfile(*p);
+        const Options& o = p->opt;
+        EXPECT_EQ(saved(p, o, "a.ini"), saved(p, Options{}, "b.ini"));
+        EXPECT_EQ(o.language, p->program_file("deutsch.lng"));
+        // Separators default to the regional values.
+        const bool de = std::string(region) == "de-DE";
+        EXPECT_EQ(o.listseparator, de ? ";" : ",");
+        EXPECT_EQ(o.decseparator, de ? "," : ".");
+        EXPECT_EQ(o.dateseparator, de ? "." : "/");
+        EXPECT_EQ(o.timeseparator, ":");
+        EXPECT_EQ(o.bLoggedIn, kTrue);
+        // The load writes savetoggle=0, which creates the file.
+        EXPECT_EQ(clsINI(p->run.strOptionFile).GetKeyValue("file", "savetoggle"), "0");
+    }
 }
 
 TEST(Options, ValuesAreReadWithTheirTypes) {
@@ -109,8 +109,9 @@ TEST(Options, OverflowEndsTheLoadWithWhatWasReadStanding) {
     EXPECT_EQ(p->opt.hour, "1");  // never reached
     EXPECT_EQ(p->opt.fileextension, "csv");
     const std::string log = read_file(p->program_file("error.log"));
-    EXPECT_NE(log.find("fkt_loadoptionfile() ; Errorsource: qumbrel; Errornumber: 6; Errorline: 3;"),
-              std::string::npos)
+    EXPECT_NE(
+        log.find("fkt_loadoptionfile() ; Errorsource: qumbrel; Errornumber: 6; Errorline: 3;"),
+        std::string::npos)
         << log;
     ASSERT_EQ(p.host.alerts.size(), 1u);
 }
@@ -124,39 +125,121 @@ TEST(Options, HugeOptionFileIsReportedAndGivesDefaults) {
               std::string::npos);
 }
 
-TEST(Options, SaveFunctionsWriteTheirKeysAndRoundTrip) {
+// The name format keeps a leading blank behind its guard; savetoggle tells of a new save.
+TEST(Options, SaveSetsTheToggleAndGuardsTheNameFormat) {
     TestProgram p;
     Options v;
-    v.sheduler = 6;
-    v.minute = "15";
     v.targetnameformat = " $O";
-    v.targetpathRaw = "/r/$MM";
-    v.alarminclusive = kTrue;
-    v.printer = "queueA";
-    v.printfile = kTrue;
-    v.Channels = "2|4";
-    v.language = "/x/english.lng";
     ASSERT_TRUE(fkt_saveoption_run(*p, v));
     ASSERT_TRUE(fkt_saveoption_settings(*p, v));
     clsINI ini(p->run.strOptionFile);
-    EXPECT_EQ(ini.GetKeyValue("file", "targetnameformat"), "> $O");  // the guard keeps the blank
+    EXPECT_EQ(ini.GetKeyValue("file", "targetnameformat"), "> $O");
     EXPECT_EQ(ini.GetKeyValue("file", "savetoggle"), "1");
-    EXPECT_EQ(ini.GetKeyValue("file", "alarminclusive"), "1");
     EXPECT_TRUE(fkt_reloadoptions(*p));
-    EXPECT_EQ(p->opt.sheduler, 6);
-    EXPECT_EQ(p->opt.minute, "15");
     EXPECT_EQ(p->opt.targetnameformat, " $O");
-    EXPECT_EQ(p->opt.targetpathRaw, "/r/$MM");
-    EXPECT_EQ(p->opt.alarminclusive, kTrue);
-    EXPECT_EQ(p->opt.printfile, kTrue);
-    EXPECT_EQ(p->opt.vChannelList, (std::vector<std::string>{"2", "4"}));
-    EXPECT_EQ(p->opt.language, "/x/english.lng");
     EXPECT_FALSE(fkt_reloadoptions(*p));  // the load reset savetoggle
 
     v.language = "/y/deutsch.lng";
     ASSERT_TRUE(fkt_saveoption_prgsettings(*p, v));
     EXPECT_TRUE(fkt_reloadoptions(*p));
     EXPECT_EQ(p->opt.language, "/y/deutsch.lng");
+}
+
+// Every key a page saves is read back under the same name into the same option, and
+// the pages write nothing beyond their own keys.
+TEST(Options, EachPageWritesExactlyItsKeysAndTheyReadBack) {
+    TestProgram p;
+    const Options v{.alleventmsg = kTrue,
+                    .sheduler = 7,
+                    .day = 5,
+                    .hour = "13",
+                    .minute = "45",
+                    .autostart = 1,
+                    .filetyp = 3,
+                    .filetypuserdef = "*.kle",
+                    .sourcepath = "/src",
+                    .targetpath = "/t/2024",  // composed: never written
+                    .targetpathRaw = "/t/$YYYY",
+                    .targetpathsourcefile = "/moved/01",
+                    .targetpathsourcefileRaw = "/moved/$MM",
+                    .binfilemodus = 2,
+                    .noconversion = 1,
+                    .targetformat = 3,
+                    .excelsourcefile = "/tpl/a.xltx",
+                    .runexcelmakro = 1,
+                    .targetname = 1,
+                    .targetnameformat = "$S_$O",
+                    .fileextension = "txt",
+                    .sourcenamesametarget = "1",
+                    .row = "4",
+                    .col = "2",
+                    .userdef1 = "u1",
+                    .userdef2 = "u2",
+                    .userdef3 = "u3",
+                    .userdef4 = "u4",
+                    .measurementsinclusive = kFalse,
+                    .alarminclusive = kTrue,
+                    .messageinclusive = kTrue,
+                    .ctrleventinclusive = kTrue,
+                    .pveventinclusive = kTrue,
+                    .operatinloginclusive = kTrue,
+                    .signatureinclusive = kTrue,
+                    .scaleinfoinclusive = kTrue,
+                    .almlsuffix = "_alm",
+                    .excelsourcefilealarmseparate = "1",
+                    .excelsourcefilealarm = "/tpl/b.xltx",
+                    .language = "/l/english.lng",
+                    .printfile = kTrue,
+                    .printfile2 = kTrue,
+                    .printer = "p1",
+                    .printer2 = "p2",
+                    .printerorientationland = 1,
+                    .delreportfile = kTrue,
+                    .printpage = "1|2",
+                    .Channels = "3|5",
+                    .vChannelList = {},
+                    .TimeSelect = "1",
+                    .TimeStart = "08:00",
+                    .TimeStop = "09:00",
+                    .listseparator = "#",
+                    .decseparator = {},
+                    .thousseparator = {},
+                    .dateseparator = {},
+                    .timeseparator = {},
+                    .strProtectionPassword = {}};  // the separators are written by no page
+    const std::string first = saved(p, v, "first.ini");
+    ASSERT_TRUE(fkt_saveoption_run(*p, v));
+    ASSERT_TRUE(fkt_saveoption_settings(*p, v));
+
+    clsINI ini(p->run.strOptionFile);
+    using Keys = std::vector<std::string>;
+    EXPECT_EQ(ini.GetKeysInSection("start"), (Keys{"sheduler", "day", "hour", "minute", "autostart",
+                                                   "filetyp", "filetypuserdef"}));
+    EXPECT_EQ(ini.GetKeysInSection("userdefined"),
+              (Keys{"Channels", "TimeSelect", "TimeStart", "TimeStop"}));
+    const Keys fileKeys = ini.GetKeysInSection("file");
+    EXPECT_EQ(fileKeys.size(), 39u);  // the section's table less savetogglesvc
+    EXPECT_EQ(std::count(fileKeys.begin(), fileKeys.end(), "savetogglesvc"), 0);
+    EXPECT_EQ(ini.GetKeyValue("file", "targetpath"), "/t/$YYYY");
+
+    ASSERT_TRUE(ini.CreateKeyValue("userdefined", "timeseparator", "."));
+    fkt_loadoptionfile(*p);
+    const Options& o = p->opt;
+    EXPECT_EQ(saved(p, o, "second.ini"), first);  // every saved option came back
+    EXPECT_EQ(o.targetpath, "/t/$YYYY");
+    EXPECT_EQ(o.targetpathsourcefile, "/moved/$MM");
+    EXPECT_EQ(o.language, "/l/english.lng");
+    EXPECT_EQ(o.vChannelList, (Keys{"3", "5"}));
+    EXPECT_EQ(o.listseparator, ";");
+    EXPECT_EQ(o.timeseparator, ".");
+
+    // A reload of the emptied file brings every option back to its default.
+    write_file(p->run.strOptionFile, "");
+    fkt_loadoptionfile(*p);
+    EXPECT_EQ(saved(p, o, "reset.ini"), saved(p, Options{}, "defaults.ini"));
+    EXPECT_EQ(o.targetpath, "");  // composed, never saved
+    EXPECT_TRUE(o.vChannelList.empty());
+    EXPECT_EQ(o.timeseparator, ":");
 }
 
 TEST(Options, SetSavetoggleTellsTheService) {
@@ -179,19 +262,31 @@ TEST(Options, ProtectionValue) {
     apply_protection_value(o, "");  // absent: the default, protection off
     EXPECT_EQ(o.bLoggedIn, kTrue);
     // seconds "42", "geheimnis" as hex pairs, then "001".
-    apply_protection_value(o, "42" "67656865696d6e6973" "001");
+    apply_protection_value(o,
+                           "42"
+                           "67656865696d6e6973"
+                           "001");
     EXPECT_EQ(o.bLoggedIn, kFalse);
     EXPECT_EQ(o.strProtectionPassword, "geheimnis");
-    apply_protection_value(o, "42" "67656865696d6e6973" "000");
+    apply_protection_value(o,
+                           "42"
+                           "67656865696d6e6973"
+                           "000");
     EXPECT_EQ(o.bLoggedIn, kTrue);
     EXPECT_EQ(o.strProtectionPassword, "");
     // Shorter than 20 characters counts as the default, even with a last "1".
-    apply_protection_value(o, "42" "616263" "001");
+    apply_protection_value(o,
+                           "42"
+                           "616263"
+                           "001");
     EXPECT_EQ(o.bLoggedIn, kTrue);
 
     TestProgram p;
     RegistryStore reg(p->program_file("registry.ini"));
-    ASSERT_EQ(reg.SetRegString(kProtectionKey, kProtectionValue, "07" "67656865696d6e6973" "001"),
+    ASSERT_EQ(reg.SetRegString(kProtectionKey, kProtectionValue,
+                               "07"
+                               "67656865696d6e6973"
+                               "001"),
               "");
     fkt_loadoptionfile(*p);
     EXPECT_EQ(p->opt.bLoggedIn, kFalse);

@@ -10,44 +10,30 @@
 namespace qumbrel {
 namespace {
 
-TEST(TimeCompare, NumbersOfTheFirstWords) {
+// The digits of the first words compare as numbers; a differing AM/PM word decides first.
+TEST(TimeCompare, NumbersThenTwelveHourWords) {
     struct Case {
         const char* a;
         const char* b;
         int want;
     };
+    // clang-format off
     const Case cases[] = {
-        {"12:05:03", "12:05:03", 0},
-        {"12:05:04", "12:05:03", 1},
-        {"12:05:02", "12:05:03", 2},
+        {"12:05:03", "12:05:03", 0}, {"12:05:04", "12:05:03", 1}, {"12:05:02", "12:05:03", 2},
         {"9:00:00", "10:00:00", 2},   // 90000 < 100000
         {"12.05.03", "12:05:03", 0},  // "." is removed like ":"
         {"1:2:3", "10:20:3", 2},      // 123 < 10203, not a clock comparison
-        {"2:00:00", "10:00:00", 2},
-        {"", "00:00:00", 0},  // Val("") = 0
+        {"", "00:00:00", 0},          // Val("") = 0
         {"abc", "12:00:00", 2},
         {"12:00:00", "12:00:00 PM", 0},  // only A's second word counts
-        {"11:00:00", "01:00:00 PM", 1},
-    };
-    for (const auto& c : cases) EXPECT_EQ(fkt_timecompare(c.a, c.b), c.want) << c.a << " / " << c.b;
-}
-
-TEST(TimeCompare, SecondWordsOfTwelveHourTimes) {
-    struct Case {
-        const char* a;
-        const char* b;
-        int want;
-    };
-    const Case cases[] = {
-        {"01:00:00 PM", "11:00:00 AM", 1},
-        {"11:00:00 AM", "01:00:00 PM", 2},
-        {"01:00:00 PM", "01:00:00 PM", 0},
+        {"01:00:00 PM", "11:00:00 AM", 1}, {"11:00:00 AM", "01:00:00 PM", 2},
         {"02:00:00 PM", "01:00:00 PM", 1},  // same word: the numbers decide
         {"12:30:00 PM", "01:00:00 PM", 1},  // 123000 > 10000 (kept so)
         {"01:00:00 pm", "11:00:00 AM", 0},  // differs in another way: stays 0
         {"01:00:00 PM", "01:00:00", 0},     // B has no second word
         {"05:00:00 PM", "09:00:00 XM", 0},
     };
+    // clang-format on
     for (const auto& c : cases) EXPECT_EQ(fkt_timecompare(c.a, c.b), c.want) << c.a << " / " << c.b;
 }
 
@@ -72,24 +58,27 @@ Flag window(const char* time, const char* start, const char* stop) {
     return f;
 }
 
-TEST(TimeInWindow, HoldsStartAndStop) {
-    EXPECT_EQ(window("09:59:59", "10:00:00", "12:00:00"), kFalse);
-    EXPECT_EQ(window("10:00:00", "10:00:00", "12:00:00"), kTrue);
-    EXPECT_EQ(window("11:00:00", "10:00:00", "12:00:00"), kTrue);
-    EXPECT_EQ(window("12:00:00", "10:00:00", "12:00:00"), kTrue);
-    EXPECT_EQ(window("12:00:01", "10:00:00", "12:00:00"), kFalse);
-}
-
-TEST(TimeInWindow, StopBeforeStartSelectsOnlyTheStop) {
-    EXPECT_EQ(window("10:00:00", "12:00:00", "10:00:00"), kTrue);
-    for (const char* t : {"09:00:00", "11:00:00", "12:00:00", "13:00:00"})
-        EXPECT_EQ(window(t, "12:00:00", "10:00:00"), kFalse) << t;
-}
-
-TEST(TimeInWindow, TwelveHourTexts) {
-    EXPECT_EQ(window("01:00:00 PM", "11:00:00 AM", "02:00:00 PM"), kTrue);
-    EXPECT_EQ(window("03:00:00 PM", "11:00:00 AM", "02:00:00 PM"), kFalse);
-    EXPECT_EQ(window("10:00:00 AM", "11:00:00 AM", "02:00:00 PM"), kFalse);
+// Start and stop are inside; a stop before the start selects only the stop time itself.
+TEST(TimeInWindow, Table) {
+    struct Case {
+        const char* time;
+        const char* start;
+        const char* stop;
+        Flag want;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {"09:59:59", "10:00:00", "12:00:00", kFalse}, {"10:00:00", "10:00:00", "12:00:00", kTrue},
+        {"12:00:00", "10:00:00", "12:00:00", kTrue}, {"12:00:01", "10:00:00", "12:00:00", kFalse},
+        {"10:00:00", "12:00:00", "10:00:00", kTrue}, {"11:00:00", "12:00:00", "10:00:00", kFalse},
+        {"12:00:00", "12:00:00", "10:00:00", kFalse}, {"13:00:00", "12:00:00", "10:00:00", kFalse},
+        {"01:00:00 PM", "11:00:00 AM", "02:00:00 PM", kTrue},
+        {"03:00:00 PM", "11:00:00 AM", "02:00:00 PM", kFalse},
+        {"10:00:00 AM", "11:00:00 AM", "02:00:00 PM", kFalse},
+    };
+    // clang-format on
+    for (const auto& c : cases)
+        EXPECT_EQ(window(c.time, c.start, c.stop), c.want) << c.time << " " << c.start << "-" << c.stop;
 }
 
 }  // namespace

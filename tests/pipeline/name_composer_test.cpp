@@ -2,11 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+#include <tuple>
+
 #include "pipeline/family_table.h"
 #include "recorder/file_elements.h"
 #include "tests/support/test_support.h"
 
 using namespace qumbrel;
+using qumbrel::testing::read_file;
 using qumbrel::testing::TestProgram;
 
 namespace {
@@ -16,58 +20,54 @@ struct Composer : ::testing::Test {
     FileElements& e = p->state<FileElements>();
     void SetUp() override {
         p->opt.targetname = 1;
-        e.ti_O = "VT000123";
-        e.ti_C = "3";
-        e.ti_YYYY = "2007";
-        e.ti_YY = "07";
-        e.ti_MM = "03";
-        e.ti_DD = "09";
-        e.ti_HH = "12";
-        e.ti_mm = "05";
-        e.ti_SS = "03";
-        e.ti_S = "S4711";
-        e.ti_B = "Batch";
-        e.ti_L = "7";
-        e.ti_LL = "07";
-        e.ti_C1 = "first";
+        using F = FileElements;
+        const std::vector<std::pair<std::string F::*, const char*>> values{
+            // clang-format off
+            {&F::ti_O, "VT000123"}, {&F::ti_C, "3"}, {&F::ti_YYYY, "2007"}, {&F::ti_YY, "07"},
+            {&F::ti_MM, "03"}, {&F::ti_DD, "09"}, {&F::ti_HH, "12"}, {&F::ti_mm, "05"},
+            {&F::ti_SS, "03"}, {&F::ti_S, "S4711"}, {&F::ti_B, "Batch"}, {&F::ti_L, "7"},
+            {&F::ti_LL, "07"}, {&F::ti_C1, "first"}};
+        // clang-format on
+        for (const auto& [field, value] : values) e.*field = value;
         e.group(1) = "Ofen";
     }
     std::string name(const std::string& f) { return fkt_FormatName(*p, f, kFalse); }
     std::string path(const std::string& f) { return fkt_FormatName(*p, f, kTrue); }
 };
 
-TEST_F(Composer, ExpandsElementsByTheAllowanceTable) {
-    EXPECT_EQ(name("$YYYY$MM$DD"), "20070309");
-    EXPECT_EQ(name("$YY$"), "07$");
-    EXPECT_EQ(name("$CC"), "");
-    EXPECT_EQ(name("$C"), "3");
-    EXPECT_EQ(name("$C1-$1"), "first-Ofen");
-    EXPECT_EQ(name("$Y"), "$Y");
-    EXPECT_EQ(name("$YYY"), "Y07");
-    EXPECT_EQ(name("$LL"), "7L");  // L takes no further character
-    EXPECT_EQ(name("$5x"), "$5x");
-    EXPECT_EQ(name("$HH$mm$SS_$S"), "120503_S4711");
-    EXPECT_EQ(name("$D$M$H$m$D1$Y20"), "");  // keys with no element vanish
-    EXPECT_EQ(name("$12"), "Ofen2");
-    EXPECT_EQ(name("$O_$B"), "VT000123_Batch");
-    EXPECT_EQ(name(""), "");
-    EXPECT_EQ(name("$"), "$");
-}
+TEST_F(Composer, ExpandsElementsAndFiltersIllegalCharacters) {
+    const std::vector<std::pair<std::string, std::string>> names{
+        {"$YYYY$MM$DD", "20070309"},
+        {"$YY$", "07$"},
+        {"$CC", ""},
+        {"$C", "3"},
+        {"$C1-$1", "first-Ofen"},
+        {"$Y", "$Y"},
+        {"$YYY", "Y07"},
+        {"$LL", "7L"},  // L takes no further character
+        {"$5x", "$5x"},
+        {"$HH$mm$SS_$S", "120503_S4711"},
+        {"$D$M$H$m$D1$Y20", ""},  // keys with no element vanish
+        {"$12", "Ofen2"},
+        {"$O_$B", "VT000123_Batch"},
+        {"", ""},
+        {"$", "$"},
+        {"$YYYY:$MM", "2007_03"},
+    };
+    for (const auto& [format, expected] : names) EXPECT_EQ(name(format), expected) << format;
+    EXPECT_EQ(path("/out/$YYYY/$MM"), "/out/2007/03");
 
-TEST_F(Composer, TargetnameZeroGivesElementOWhateverTheFormat) {
+    const std::vector<std::tuple<std::string, Flag, std::string>> filtered{
+        {"a:b/c", kFalse, "a_b_c"},  {"a:b/c", kTrue, "a_b/c"},           {"D:", kTrue, "D_"},
+        {"D:/x:y", kTrue, "D:/x_y"}, {"a\\b*?\"<>|", kTrue, "a_b______"},
+    };
+    for (const auto& [text, isPath, expected] : filtered)
+        EXPECT_EQ(fkt_filterillegal(text, isPath), expected) << text;
+
+    // targetname 0 gives element O whatever the format.
     p->opt.targetname = 0;
     EXPECT_EQ(name("$YYYY"), "VT000123");
     EXPECT_EQ(path("/data/$YYYY"), "VT000123");
-}
-
-TEST_F(Composer, IllegalCharactersByMode) {
-    EXPECT_EQ(fkt_filterillegal("a:b/c", kFalse), "a_b_c");
-    EXPECT_EQ(fkt_filterillegal("a:b/c", kTrue), "a_b/c");
-    EXPECT_EQ(fkt_filterillegal("D:", kTrue), "D_");
-    EXPECT_EQ(fkt_filterillegal("D:/x:y", kTrue), "D:/x_y");
-    EXPECT_EQ(fkt_filterillegal("a\\b*?\"<>|", kTrue), "a_b______");
-    EXPECT_EQ(name("$YYYY:$MM"), "2007_03");
-    EXPECT_EQ(path("/out/$YYYY/$MM"), "/out/2007/03");
 }
 
 TEST_F(Composer, ConvertFilenameSetsOAndCAndKeepsOthersForKl) {
@@ -79,19 +79,25 @@ TEST_F(Composer, ConvertFilenameSetsOAndCAndKeepsOthersForKl) {
     };
     fkt_convertfilename(*p, "/in/abc7.ogd");
     EXPECT_EQ(calls, 1);
-    EXPECT_EQ(e.ti_O, "abc7");
-    EXPECT_EQ(e.ti_C, "7");
-    EXPECT_EQ(e.ti_YYYY, "2024");
+    EXPECT_EQ(std::tie(e.ti_O, e.ti_C, e.ti_YYYY), std::tuple("abc7", "7", "2024"));
     EXPECT_EQ(p.host.lines.size(), 1u);
 
     // KL has no elements function: the previous file's date stands.
     fkt_convertfilename(*p, "/in/kl01.KLE");
     EXPECT_EQ(calls, 1);
-    EXPECT_EQ(e.ti_O, "kl01");
-    EXPECT_EQ(e.ti_YYYY, "2024");
+    EXPECT_EQ(std::tie(e.ti_O, e.ti_YYYY), std::tuple("kl01", "2024"));
     fkt_convertfilename(*p, "/in/notes.txt");
+    EXPECT_EQ(std::tie(e.ti_O, e.ti_YYYY), std::tuple("notes", "2024"));
+
+    // A failing family function ends the function at its third step: O and C stay.
+    family_table(*p).vt.fileElements = [](Program&, const std::string&) {
+        throw std::runtime_error("unreadable");
+    };
+    fkt_convertfilename(*p, "/in/xyz9.oge");
     EXPECT_EQ(e.ti_O, "notes");
-    EXPECT_EQ(e.ti_YYYY, "2024");
+    const std::string log = read_file(p->program_file("error.log"));
+    EXPECT_NE(log.find("fkt_convertfilename() ; "), std::string::npos) << log;
+    EXPECT_NE(log.find("; Errorline: 3;"), std::string::npos) << log;
 }
 
 }  // namespace

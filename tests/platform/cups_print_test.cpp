@@ -169,6 +169,15 @@ TEST_F(CupsPrintTest, UnknownPrinterPrintsNothingAndSaysNothing) {
     EXPECT_EQ(tp->state<PrintState>().current, queueA);
 }
 
+TEST_F(CupsPrintTest, EmptyReportPrintsNothingAndSaysNothing) {
+    // The server answers an empty document with a bad request.
+    testing::write_file(tp.dir.file("empty.tmp"), "");
+    tp->opt.printer = queueA;
+    PrintFile(*tp, tp.dir.file("empty.tmp"), 1);
+    EXPECT_EQ(error_log(), "");
+    EXPECT_TRUE(tp.host.alerts.empty());
+}
+
 TEST_F(CupsPrintTest, SetDefaultChangesAndRestoresIt) {
     const auto& sys = tp->state<PrintState>().system;
     const DefaultPrinter before = sys->default_printer();

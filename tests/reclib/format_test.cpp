@@ -13,16 +13,14 @@ namespace qumbrel::reclib {
 namespace {
 
 RecorderFile sample_file(Family family, Kind kind) {
-    SimOptions o;
-    o.family = family;
-    o.kind = kind;
-    o.channels = 3;
-    o.mathChannels = family == Family::HN ? 0 : 2;
-    o.samples = 40;
-    o.alarms = 3;
-    o.messages = 2;
-    o.batch = true;
-    return simulate(o);
+    return simulate({.family = family,
+                     .kind = kind,
+                     .channels = 3,
+                     .mathChannels = family == Family::HN ? 0 : 2,
+                     .samples = 40,
+                     .alarms = 3,
+                     .messages = 2,
+                     .batch = true});
 }
 
 TEST(Format, EveryFamilyAndKindRoundTrips) {
@@ -36,18 +34,6 @@ TEST(Format, EveryFamilyAndKindRoundTrips) {
             EXPECT_EQ(to_model(p), f) << family_name(family);
         }
     }
-}
-
-TEST(Format, HeaderLayoutIsAsDocumented) {
-    const auto bytes = encode(sample_file(Family::KL, Kind::Display));
-    ASSERT_GE(bytes.size(), format::kHeaderSize);
-    EXPECT_EQ(std::memcmp(bytes.data(), "QRECFMT\x1a", 8), 0);
-    EXPECT_EQ(bytes[8] | bytes[9] << 8, 1);  // major version
-    EXPECT_EQ(bytes[12], 4);                 // KL
-    EXPECT_EQ(bytes[13], 2);                 // display
-    std::uint64_t length;
-    std::memcpy(&length, bytes.data() + 16, 8);
-    EXPECT_EQ(length, bytes.size() - format::kHeaderSize);
 }
 
 TEST(Format, DamageComesFromTheChecksumOrTheHeaderField) {
@@ -137,21 +123,10 @@ TEST(Format, TruncatedAndBitFlippedCorpus) {
 }
 
 TEST(Format, HostileCountsAllocateNothingBeyondTheBytes) {
-    // A list that claims a billion records, a time section that claims 2^32-1 samples.
-    std::vector<std::uint8_t> body;
-    auto u32 = [&](std::uint32_t v) {
-        for (int i = 0; i < 4; ++i) body.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
-    };
-    body.insert(body.end(), {'L', 'I', 'S', 'T'});
-    u32(10);
-    body.push_back(1);
-    body.push_back('a');
-    u32(999'999'999);
-    body.insert(body.end(), {0, 0, 0, 0});
-    body.insert(body.end(), {'T', 'I', 'M', 'E'});
-    u32(8);
-    u32(0xFFFFFFFFu);
-    u32(0);
+    // A list "a" that claims 999,999,999 records, a time section that claims 2^32-1 samples.
+    const std::vector<std::uint8_t> body = {
+        'L', 'I', 'S', 'T', 10,  0, 0, 0, 1, 'a',  0xFF, 0xC9, 0x9A, 0x3B, 0, 0, 0,
+        0,   'T', 'I', 'M', 'E', 8, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0,    0, 0, 0};
     std::vector<std::uint8_t> file(format::kHeaderSize);
     std::memcpy(file.data(), format::kMagic, 8);
     file[8] = 1;
@@ -182,15 +157,14 @@ TEST(Format, WriterRefusesWhatTheFormatCannotHold) {
 
 TEST(Format, Int16ChannelsSaturateOnWrite) {
     RecorderFile f;
-    auto& ch = f.channels.emplace_back();
-    ch.values = {40000, -40000, 7};
+    f.channels.emplace_back().values = {40000, -40000, 7};
+    const auto bytes = encode(f);  // the parsed views point into it
     ParsedFile p;
-    const auto bytes = encode(f);
-    parse(bytes, p);
+    ASSERT_EQ(parse(bytes, p), ParseStatus::Ok);
     ASSERT_EQ(p.channels.size(), 1u);
-    EXPECT_EQ(p.channels[0].sample(0, 0), 32767);
-    EXPECT_EQ(p.channels[0].sample(0, 1), -32768);
-    EXPECT_EQ(p.channels[0].sample(0, 2), 7);
+    EXPECT_EQ(std::vector({p.channels[0].sample(0, 0), p.channels[0].sample(0, 1),
+                           p.channels[0].sample(0, 2)}),
+              std::vector<std::int32_t>({32767, -32768, 7}));
 }
 
 TEST(Civil, EpochLeapYearsAndTheEndOf32Bits) {
@@ -214,64 +188,34 @@ TEST(Civil, EpochLeapYearsAndTheEndOf32Bits) {
     }
 }
 
-TEST(Simulate, SameOptionsSameBytesOtherSeedOtherBytes) {
-    SimOptions o;
-    o.family = Family::HN;
-    o.channels = 5;
-    o.samples = 500;
-    o.alarms = 4;
-    EXPECT_EQ(encode(simulate(o)), encode(simulate(o)));
-    SimOptions other = o;
-    other.seed = 2;
-    EXPECT_NE(encode(simulate(o)), encode(simulate(other)));
-}
-
 TEST(Simulate, TimesFollowTheIntervalInFamilyTicks) {
-    SimOptions o;
-    o.samples = 5;
-    o.intervalMs = 375;
-    o.startSeconds = 86399;
+    SimOptions o{.samples = 5, .intervalMs = 375, .startSeconds = 86399};
     RecorderFile vt = simulate(o);
     EXPECT_EQ(vt.seconds, std::vector<std::int32_t>({86399, 86399, 86399, 86400, 86400}));
     EXPECT_EQ(vt.ticks, std::vector<std::int32_t>({0, 3, 6, 1, 4}));  // eighths
     o.family = Family::VU;
-    RecorderFile vu = simulate(o);
-    EXPECT_EQ(vu.ticks, std::vector<std::int32_t>({0, 375, 750, 125, 500}));  // milliseconds
+    EXPECT_EQ(simulate(o).ticks,
+              std::vector<std::int32_t>({0, 375, 750, 125, 500}));  // milliseconds
 }
 
-TEST(Simulate, CheckRefusesAbsurdSizes) {
-    SimOptions o;
-    EXPECT_EQ(check(o), "");
-    o.channels = 31;
-    EXPECT_NE(check(o), "");
-    o.family = Family::VU;
-    EXPECT_EQ(check(o), "");  // VU has room for more
-    o.samples = kSimMaxSamples + 1;
-    EXPECT_NE(check(o), "");
-    o.samples = 10'000'000;
-    o.channels = 30;
-    EXPECT_NE(check(o), "");  // 300 million values
-    o = SimOptions{};
-    o.intervalMs = 0;
-    EXPECT_NE(check(o), "");
-    o = SimOptions{};
-    o.kind = Kind::Tlog;
-    EXPECT_NE(check(o), "");
-    o.family = Family::KL;
-    EXPECT_EQ(check(o), "");
+// recsim's tests show the refusals; these are the sizes that only some families allow.
+TEST(Simulate, CheckAllowsWhatTheFamilyHolds) {
+    EXPECT_NE(check({.channels = 31}), "");
+    EXPECT_EQ(check({.family = Family::VU, .channels = 31}), "");  // VU has room for more
+    EXPECT_NE(check({.family = Family::VU, .channels = 31, .samples = kSimMaxSamples + 1}), "");
+    EXPECT_NE(check({.intervalMs = 0}), "");
+    EXPECT_NE(check({.kind = Kind::Tlog}), "");
+    EXPECT_EQ(check({.family = Family::KL, .kind = Kind::Tlog}), "");
 }
 
 TEST(Simulate, ParseTime) {
-    std::int64_t s = 0;
-    EXPECT_TRUE(parse_time("1970-01-01 00:00:00", s));
-    EXPECT_EQ(s, 0);
+    std::int64_t s = -1;
     EXPECT_TRUE(parse_time("2024-02-29 12:30:15", s));
     EXPECT_EQ(s, 1709209815);
-    EXPECT_FALSE(parse_time("2023-02-29 12:30:15", s));
-    EXPECT_FALSE(parse_time("2024-01-01 24:00:00", s));
-    EXPECT_FALSE(parse_time("2024-01-01 10:00:00x", s));
-    EXPECT_FALSE(parse_time("2024-01-01", s));
-    EXPECT_FALSE(parse_time("1969-12-31 23:59:59", s));
+    for (const char* bad : {"2023-02-29 12:30:15", "2024-01-01 24:00:00", "2024-01-01 10:00:00x",
+                            "2024-01-01", "1969-12-31 23:59:59"}) {
+        EXPECT_FALSE(parse_time(bad, s)) << bad;
+    }
 }
 
 }  // namespace

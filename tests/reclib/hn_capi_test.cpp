@@ -7,66 +7,44 @@
 namespace qumbrel::testing {
 namespace {
 
-using reclib::Fields;
-
 reclib::RecorderFile hn_file() {
-    reclib::SimOptions o;
-    o.family = reclib::Family::HN;
-    o.channels = 3;  // int16, int32, float32
-    o.samples = 3;
-    o.intervalMs = 500;
-    o.decimals = 2;
-    auto f = reclib::simulate(o);
-    f.header.set("fileState", 2)
-        .set("post", 1)
-        .set("headerType", 1)
-        .set("timeCorrected", 1)
-        .set("creator", 6)
-        .set("startReason", 2)
-        .set("stopReason", 8)
-        .set("header.c4", 4)
-        .set("header.c8", 8)
-        .set("comment", "First; second");
-    f.list("group") = {Fields{}.set("name", "A group name of exactly 32 bytes!")};
-    f.list("unit") = {
-        Fields{}.set("number", 1).set("serial", 0x00C0FFEE).set("c2", 2).set("c3", 3)};
-    f.list("alarm") = {Fields{}.set("level", 2).set("type", 3).set("seconds", 77)};
-    f.list("mark") = {Fields{}
-                          .set("type", 0x104)
-                          .set("creator", 2)
-                          .set("seconds", 9)
-                          .set("ticks", 999)
-                          .set("text", "Mark")};
+    // Channels int16, int32, float32.
+    auto f = reclib::simulate({.family = reclib::Family::HN,
+                               .channels = 3,
+                               .samples = 3,
+                               .intervalMs = 500,
+                               .decimals = 2});
+    put(f.header,
+        "fileState=2|post=1|headerType=1|timeCorrected=1|creator=6|startReason=2|stopReason=8|"
+        "header.c4=4|header.c8=8|comment=First; second");
+    f.list("group") = {rec("name=A group name of exactly 32 bytes!")};
+    f.list("unit") = {rec("number=1|c2=2|c3=3|serial=" + std::to_string(0x00C0FFEE))};
+    f.list("alarm") = {rec("level=2|type=3|seconds=77")};
+    f.list("mark") = {rec("creator=2|seconds=9|ticks=999|text=Mark|type=" + std::to_string(0x104))};
     f.channels[0].values = {-5, 0, 5};
     f.channels[0].flags = {1, 0, 2};
     f.channels[0].alarms = {0, 8, 0};
     f.channels[1].values = {100000, 2, 3};
     f.channels[2].fvalues = {1.25f, -2.5f, 3.0f};
-    f.channels[2].info.set("fifoId", 2).set("flags", 1);
-    f.list("fifo").push_back(Fields{}.set("fifoId", 2).set("fifoType", 0).set("intervalMs", 10));
+    put(f.channels[2].info, "fifoId=2|flags=1");
+    f.list("fifo").push_back(rec("fifoId=2|fifoType=0|intervalMs=10"));
     return f;
 }
 
-TEST(HnCapi, EveryFunctionOnAKnownFile) {
-    HnApi api;
-    RecFiles files;
+using HnCapi = Capi<HnApi>;
+
+TEST_F(HnCapi, EveryFunctionOnAKnownFile) {
     std::int32_t h = 0;
     ASSERT_EQ(api.DllHNOpenReadFile(files.write(hn_file(), "a.hnd").c_str(), &h), abi::kOk);
 
     std::int16_t state, post;
     std::int32_t v[24];
-    ASSERT_EQ(
-        api.DllHNGetFileHeader(h, &state, &post, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6],
-                               &v[7], &v[8], &v[9], &v[10], &v[11], &v[12], &v[13], &v[14], &v[15],
-                               &v[16], &v[17], &v[18], &v[19], &v[20], &v[21], &v[22], &v[23]),
-        abi::kOk);
-    EXPECT_EQ(state, 2);
-    EXPECT_EQ(post, 1);
+    ASSERT_EQ(call(api.DllHNGetFileHeader, h, &state, &post, out<24>(v)), abi::kOk);
+    EXPECT_EQ(std::vector({int{state}, int{post}}), std::vector({2, 1}));
     // headerType, timeCorrected, status, creator, start s/ms, stop s/ms, reasons, units,
     // groups, comment length, channels, data, marks, alarms, alarm flag, interval, c4.
-    EXPECT_EQ(std::vector<int>(v, v + 4), std::vector<int>({1, 1, 0, 6}));
-    EXPECT_EQ(v[5], 0);
-    EXPECT_EQ(v[6] - v[4], 1);
+    EXPECT_EQ(std::vector({v[0], v[1], v[2], v[3], v[5], v[6] - v[4]}),
+              std::vector({1, 1, 0, 6, 0, 1}));
     EXPECT_EQ(std::vector<int>(v + 7, v + 21),
               std::vector<int>({0, 2, 8, 1, 1, 13, 3, 3, 1, 1, 1, 500, 4, 0}));
     EXPECT_EQ(v[23], 8);
@@ -105,15 +83,9 @@ TEST(HnCapi, EveryFunctionOnAKnownFile) {
     EXPECT_EQ(flags & abi::kHnFlagFloat, 0);
 
     std::int32_t f[10];
-    ASSERT_EQ(api.DllHNGetFileFifoHeader(h, 1, 0, &f[0], &f[1], &f[2], &f[3], &f[4], &f[5], &f[6],
-                                         &f[7], &f[8], &f[9]),
-              abi::kOk);
-    EXPECT_EQ(f[0], 500);
-    EXPECT_EQ(f[1], 3);
-    EXPECT_EQ(f[6], 2);  // channels of fifo 1
-    EXPECT_EQ(api.DllHNGetFileFifoHeader(h, 9, 0, &f[0], &f[1], &f[2], &f[3], &f[4], &f[5], &f[6],
-                                         &f[7], &f[8], &f[9]),
-              abi::kErrIndex);
+    ASSERT_EQ(call(api.DllHNGetFileFifoHeader, h, 1, 0, out<10>(f)), abi::kOk);
+    EXPECT_EQ(std::vector({f[0], f[1], f[6]}), std::vector({500, 3, 2}));  // 2 channels
+    EXPECT_EQ(call(api.DllHNGetFileFifoHeader, h, 9, 0, out<10>(f)), abi::kErrIndex);
 
     std::int32_t a, b, c;
     ASSERT_EQ(api.DllHNGetFileAlarmInfo(h, 1, 0, &a, &b, &c), abi::kOk);
@@ -132,10 +104,10 @@ TEST(HnCapi, EveryFunctionOnAKnownFile) {
     std::int32_t s32[3], sec[3], ms[3], fl[3], al[3];
     float fl32[3];
     EXPECT_EQ(api.DllHNGetFileFifoShortData(h, 1, 0, 0, 3, 0, s16, sec, ms, fl, al), 3);
-    EXPECT_EQ(std::vector<int>(s16, s16 + 3), std::vector<int>({-5, 0, 5}));
-    EXPECT_EQ(std::vector<int>(ms, ms + 3), std::vector<int>({0, 500, 0}));
-    EXPECT_EQ(std::vector<int>(fl, fl + 3), std::vector<int>({1, 0, 2}));
-    EXPECT_EQ(std::vector<int>(al, al + 3), std::vector<int>({0, 8, 0}));
+    EXPECT_EQ(ints(s16, 3), std::vector<int>({-5, 0, 5}));
+    EXPECT_EQ(ints(ms, 3), std::vector<int>({0, 500, 0}));
+    EXPECT_EQ(ints(fl, 3), std::vector<int>({1, 0, 2}));
+    EXPECT_EQ(ints(al, 3), std::vector<int>({0, 8, 0}));
     EXPECT_EQ(api.DllHNGetFileFifoLongData(h, 1, 0, 1, 2, 1, s32, sec, ms, fl, al), 2);
     EXPECT_EQ(s32[0], 2);
     EXPECT_EQ(api.DllHNGetFileFifoFloatData(h, 2, 0, 2, 3, 0, fl32, sec, ms, fl, al), 3);
@@ -144,11 +116,25 @@ TEST(HnCapi, EveryFunctionOnAKnownFile) {
     EXPECT_EQ(api.DllHNGetFileFifoFloatData(h, 1, 0, 2, 3, 0, fl32, sec, ms, fl, al),
               abi::kErrIndex);
 
-    std::int32_t y, mo, d, hh, mi, se;
-    api.DllHNtoDateTime(0, &y, &mo, &d, &hh, &mi, &se);
-    EXPECT_EQ(y, 1970);
+    expect_dates(api.DllHNtoDateTime);
     EXPECT_EQ(api.DllHNCloseReadFile(&h), abi::kOk);
     EXPECT_EQ(h, 0);
+}
+
+TEST_F(HnCapi, DamagedFileReportsStatusAndStillGivesData) {
+    std::int32_t h = 0;
+    const auto file = reclib::simulate({.family = reclib::Family::HN, .channels = 1, .samples = 4});
+    ASSERT_EQ(api.DllHNOpenReadFile(files.write(file, "d.hns", true).c_str(), &h), abi::kOk);
+    std::int16_t state, post;
+    std::int32_t v[24];
+    call(api.DllHNGetFileHeader, h, &state, &post, out<24>(v));
+    EXPECT_GT(v[2], 0);   // c3: status
+    EXPECT_EQ(v[14], 4);  // data count
+    std::int16_t s[4];
+    EXPECT_EQ(
+        api.DllHNGetFileFifoShortData(h, 1, 0, 0, 4, 0, s, nullptr, nullptr, nullptr, nullptr), 4);
+    EXPECT_EQ(int{s[0]}, file.channels[0].values[0]);
+    api.DllHNCloseReadFile(&h);
 }
 
 }  // namespace

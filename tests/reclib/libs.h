@@ -3,9 +3,23 @@
 // every symbol bound through the family headers: the C interface as a vendor's caller
 // sees it, without the program's loader.
 #include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
+#include <cstdlib>
+#include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <string_view>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "reclib/civil.h"
+#include "reclib/model.h"
+#include "reclib/writer.h"
 
 #include "recorder/abi/hn.h"
 #include "recorder/abi/kl.h"
@@ -38,27 +52,17 @@ class Dl {
 
 #define QUMBREL_TEST_MEMBER(name) name##_fn name = dl.sym<name##_fn>(#name);
 
-struct VtApi {
-    Dl dl{abi::kVtLibraryName};
-    QUMBREL_VT_FUNCTIONS(QUMBREL_TEST_MEMBER)
-};
-struct VuApi {
-    Dl dl{abi::kVuLibraryName};
-    QUMBREL_VU_FUNCTIONS(QUMBREL_TEST_MEMBER)
-};
-struct VqApi {
-    Dl dl{abi::kVqLibraryName};
-    QUMBREL_VQ_FUNCTIONS(QUMBREL_TEST_MEMBER)
-};
-struct KlApi {
-    Dl dl{abi::kKlLibraryName};
-    QUMBREL_KL_FUNCTIONS(QUMBREL_TEST_MEMBER)
-};
-struct HnApi {
-    Dl dl{abi::kHnLibraryName};
-    QUMBREL_HN_FUNCTIONS(QUMBREL_TEST_MEMBER)
-};
-
+#define QUMBREL_TEST_API(Name, Functions, library) \
+    struct Name {                                  \
+        Dl dl{library};                            \
+        Functions(QUMBREL_TEST_MEMBER)             \
+    };
+QUMBREL_TEST_API(VtApi, QUMBREL_VT_FUNCTIONS, abi::kVtLibraryName)
+QUMBREL_TEST_API(VuApi, QUMBREL_VU_FUNCTIONS, abi::kVuLibraryName)
+QUMBREL_TEST_API(VqApi, QUMBREL_VQ_FUNCTIONS, abi::kVqLibraryName)
+QUMBREL_TEST_API(KlApi, QUMBREL_KL_FUNCTIONS, abi::kKlLibraryName)
+QUMBREL_TEST_API(HnApi, QUMBREL_HN_FUNCTIONS, abi::kHnLibraryName)
+#undef QUMBREL_TEST_API
 #undef QUMBREL_TEST_MEMBER
 
 // A fixed-width field exactly as the library filled it, all `N` bytes.
@@ -78,16 +82,82 @@ struct Text {
     }
 };
 
-}  // namespace qumbrel::testing
+// `n` values from a C array, for comparing with a brace list.
+template <class T>
+std::vector<int> ints(const T* p, int n) {
+    return std::vector<int>(p, p + n);
+}
 
-#include <unistd.h>
+// Fields from "name=value|name=value": whole numbers as int, other numbers as double,
+// the rest as text.
+inline reclib::Fields& put(reclib::Fields& f, std::string_view text) {
+    while (!text.empty()) {
+        const std::string item(text.substr(0, text.find('|')));
+        text.remove_prefix(std::min(text.size(), item.size() + 1));
+        const auto eq = item.find('=');
+        const std::string name = item.substr(0, eq), value = item.substr(eq + 1);
+        char* end = nullptr;
+        const long n = std::strtol(value.c_str(), &end, 10);
+        if (!value.empty() && *end == '\0') {
+            f.set(name, static_cast<std::int32_t>(n));
+            continue;
+        }
+        const double d = std::strtod(value.c_str(), &end);
+        if (!value.empty() && *end == '\0') {
+            f.set(name, d);
+        } else {
+            f.set(name, value);
+        }
+    }
+    return f;
+}
+inline reclib::Fields rec(std::string_view text) {
+    reclib::Fields f;
+    return put(f, text);
+}
 
-#include <atomic>
-#include <filesystem>
+// `N` out-parameters at p[0] .. p[N-1], spliced into a `call`.
+template <std::size_t N>
+struct Out {
+    static constexpr std::size_t kCount = N;
+    std::int32_t* p;
+};
+template <std::size_t N>
+Out<N> out(std::int32_t* p) {
+    return {p};
+}
+template <class T>
+auto arg(T& a) {
+    if constexpr (requires { T::kCount; }) {
+        return [&]<std::size_t... I>(std::index_sequence<I...>) {
+            return std::tuple(a.p + I...);
+        }
+        (std::make_index_sequence<T::kCount>{});
+    } else if constexpr (requires { a.raw(); }) {
+        return std::tuple<char*>(a);
+    } else {
+        return std::tuple<T>(a);
+    }
+}
+// f(args...) with every Out<N> expanded to its N pointers.
+template <class F, class... A>
+auto call(F f, A&&... a) {
+    return std::apply(f, std::tuple_cat(arg(a)...));
+}
 
-#include "reclib/writer.h"
-
-namespace qumbrel::testing {
+// Every family's toDateTime against the calendar, on the epoch, a leap day, before
+// 1970 and the last 32-bit second.
+template <class F>
+void expect_dates(F toDateTime) {
+    for (std::int32_t s : {0, 951'868'799, 1'700'000'000, -1, INT32_MAX}) {
+        std::int32_t v[6] = {-1, -1, -1, -1, -1, -1};
+        toDateTime(s, &v[0], &v[1], &v[2], &v[3], &v[4], &v[5]);
+        const reclib::CivilTime t = reclib::to_civil(s);
+        EXPECT_EQ(ints(v, 6),
+                  std::vector<int>({t.year, t.month, t.day, t.hour, t.minute, t.second}))
+            << s;
+    }
+}
 
 // A temporary folder for written recorder files, removed afterwards.
 class RecFiles {
@@ -116,6 +186,14 @@ class RecFiles {
 
   private:
     std::filesystem::path dir_;
+};
+
+// The fixture of the per-family tests: the library and a folder for its files.
+template <class Api>
+class Capi : public ::testing::Test {
+  protected:
+    Api api;
+    RecFiles files;
 };
 
 }  // namespace qumbrel::testing

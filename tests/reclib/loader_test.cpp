@@ -60,11 +60,8 @@ TEST(LibraryLoader, FindsEveryFamilyThroughTheEnvironmentAndCaches) {
     EXPECT_NE(recorder::kl_library(*p).DllKLgetAlarm, nullptr);
     EXPECT_NE(recorder::hn_library(*p).DllHNGetFileFifoFloatData, nullptr);
 
-    reclib::SimOptions o;
-    o.channels = 2;
-    o.samples = 10;
     const std::string file = p.dir.file("a.oge");
-    ASSERT_TRUE(reclib::write_file(reclib::simulate(o), file));
+    ASSERT_TRUE(reclib::write_file(reclib::simulate({.channels = 2, .samples = 10}), file));
     std::int32_t h = 0;
     ASSERT_EQ(vt.DllVTopenReadFile(file.c_str(), &h), abi::kOk);
     std::int32_t groups = 0, width = 0;
@@ -104,7 +101,7 @@ TEST(LibraryLoader, MissingSymbolIsError453AndProgramFolderComesAfterTheEnvironm
                   recorder::kErrDllEntryPoint);
         EXPECT_EQ(text, "Can't find DLL entry point DllVTopenReadFile in libDllVTFileAccess32.so");
     }
-    TestProgram q;
+    TestProgram q;  // the same folder after a good one in the environment
     fs::copy_file(fs::path(QUMBREL_BIN_DIR) / "libDllVUFileAccess.so",
                   q.dir.path() / "libDllVTFileAccess32.so");
     ReclibPath env(QUMBREL_BIN_DIR);

@@ -1,9 +1,7 @@
-// PrintFile, PrintFile2, the report's print status lines and cSetDfltPrinter against a
-// print service double that records what it is asked.
+// PrintFile, PrintFile2 and the report's print status lines against a print service
+// double that records what it is asked. The real queues are printed to in
+// tests/platform/cups_print_test.cpp.
 #include <gtest/gtest.h>
-
-#include <algorithm>
-#include <filesystem>
 
 #include "frame/errors.h"
 #include "reports/printer.h"
@@ -21,9 +19,6 @@ struct Printed {
 
 class FakePrinters : public PrinterSystem {
   public:
-    std::vector<std::string> names{"Laser A", "Matrix B"};
-    std::string serverDefault = "Laser A";
-    std::string userDefault;  // empty: none chosen
     bool down = false;
     std::vector<Printed> jobs;
 
@@ -37,30 +32,19 @@ class FakePrinters : public PrinterSystem {
         Printed& p_;
     };
 
-    void check() const {
-        if (down) throw VbError(kPrinterError, "CUPS: the print service is not running");
-    }
     std::vector<std::string> printers() override {
-        check();
-        return names;
+        if (down) throw VbError(kPrinterError, "CUPS: the print service is not running");
+        return {"Laser A", "Matrix B"};
     }
     std::unique_ptr<PrintJob> start_job(const std::string& printer, PageOrientation o,
                                         const std::string&) override {
-        check();
         jobs.reserve(8);
         jobs.push_back({printer, o, {}, false});
         return std::make_unique<Job>(jobs.back());
     }
-    DefaultPrinter default_printer() override {
-        check();
-        if (!userDefault.empty()) return {userDefault, userDefault != serverDefault};
-        return {serverDefault, false};
-    }
-    void set_default(const std::string& p) override {
-        check();
-        userDefault = p;
-    }
-    void clear_chosen_default() override { userDefault.clear(); }
+    DefaultPrinter default_printer() override { return {"Laser A", false}; }
+    void set_default(const std::string&) override { ADD_FAILURE() << "default changed"; }
+    void clear_chosen_default() override {}
 };
 
 class PrintFileTest : public ::testing::Test {
@@ -70,14 +54,13 @@ class PrintFileTest : public ::testing::Test {
         tp->opt.language = tp.dir.file("lang.lng");
         tp->state<PrintState>().system = fake;
         tp->state<PrintState>().current = "Laser A";
-        report = tp.dir.file("report.tmp");
         testing::write_file(report, "Recorder;VT210;\r\nDate;Time;\r\n1;2;3;\r\n");
     }
     std::string error_log() { return testing::read_file(tp->program_file("error.log")); }
 
     testing::TestProgram tp;
     std::shared_ptr<FakePrinters> fake = std::make_shared<FakePrinters>();
-    std::string report;
+    std::string report = tp.dir.file("report.tmp");
 };
 
 TEST_F(PrintFileTest, PrintsEachLineOnTheNamedPrinterAndRestoresTheCurrentOne) {
@@ -91,7 +74,6 @@ TEST_F(PrintFileTest, PrintsEachLineOnTheNamedPrinterAndRestoresTheCurrentOne) {
     EXPECT_TRUE(fake->jobs[0].ended);
     EXPECT_EQ(tp.host.pumps, 3);  // pending events run between lines
     EXPECT_EQ(tp->state<PrintState>().current, "Laser A");
-    EXPECT_EQ(fake->userDefault, "");  // the system's default is not touched
     EXPECT_EQ(error_log(), "");
 }
 
@@ -102,6 +84,9 @@ TEST_F(PrintFileTest, MissingOrEmptyPrinterPrintsNothingAndSaysNothing) {
     PrintFile(*tp, report, 1);
     tp->opt.printer2 = "Gone";
     PrintFile2(*tp, report, 1);
+    tp->state<PrintState>().system.reset();  // no print service at all
+    tp->opt.printer = "Laser A";
+    PrintFile(*tp, report, 1);
     EXPECT_TRUE(fake->jobs.empty());
     EXPECT_EQ(error_log(), "");
     EXPECT_TRUE(tp.host.alerts.empty());
@@ -121,14 +106,7 @@ TEST_F(PrintFileTest, FailuresAreLoggedUnderTheirFunctionAndNotFatal) {
     EXPECT_EQ(tp->state<PrintState>().current, "Laser A");
 }
 
-TEST_F(PrintFileTest, WithoutAPrintServiceNothingIsPrinted) {
-    tp->state<PrintState>().system.reset();
-    tp->opt.printer = "Laser A";
-    PrintFile(*tp, report, 1);
-    EXPECT_EQ(error_log(), "");
-}
-
-TEST_F(PrintFileTest, ReportStatusLinesAndOrder) {
+TEST_F(PrintFileTest, ReportStatusLinesOrientationAndXlsReports) {
     tp->opt.printfile = kTrue;
     tp->opt.printfile2 = kTrue;
     tp->opt.printer = "";  // no match: nothing printed, the lines still appear
@@ -138,52 +116,19 @@ TEST_F(PrintFileTest, ReportStatusLinesAndOrder) {
     EXPECT_EQ(tp.host.lines,
               (std::vector<std::string>{"Drucke VT_0815...", "Drucke VT_0815 finished",
                                         "Drucke VT_0815...", "Drucke VT_0815 finished"}));
-    ASSERT_EQ(fake->jobs.size(), 1u);
+    tp->opt.printerorientationland = 0;
+    print_report(*tp, "VT_0815", report, false);
+    ASSERT_EQ(fake->jobs.size(), 2u);
     EXPECT_EQ(fake->jobs[0].printer, "Matrix B");
     EXPECT_EQ(fake->jobs[0].orientation, PageOrientation::Landscape);
-}
-
-TEST_F(PrintFileTest, SecondPrinterAloneAndXlsReports) {
-    tp->opt.printfile2 = kTrue;
-    tp->opt.printer = "Laser A";
-    tp->opt.printer2 = "Laser A";
-    print_report(*tp, "r", report, false);
-    ASSERT_EQ(fake->jobs.size(), 1u);
-    EXPECT_EQ(fake->jobs[0].orientation, PageOrientation::Portrait);
+    EXPECT_EQ(fake->jobs[1].orientation, PageOrientation::Portrait);
 
     tp.host.lines.clear();
-    tp->opt.printfile = kTrue;
     print_report(*tp, "r", tp.dir.file("r.xls"), true);
-    EXPECT_EQ(fake->jobs.size(), 1u);
+    EXPECT_EQ(fake->jobs.size(), 2u);
     const std::string only =
         "Drucke r not posible, only csv-format or Excel with template posible.";
     EXPECT_EQ(tp.host.lines, (std::vector<std::string>{only, only}));
-}
-
-TEST_F(PrintFileTest, DefaultPrinterIsRestoredWithoutPinningTheServersChoice) {
-    {
-        cSetDfltPrinter d(*tp);
-        EXPECT_EQ(d.GetDefaultPrinter(), "Laser A");
-        d.SetPrinterAsDefault("Matrix B");
-        EXPECT_EQ(d.GetDefaultPrinter(), "Matrix B");
-    }
-    EXPECT_EQ(fake->userDefault, "");  // the server's default again, not a pinned copy
-
-    fake->userDefault = "Matrix B";  // the user's own choice is written back
-    {
-        cSetDfltPrinter d(*tp);
-        d.SetPrinterAsDefault("Laser A");
-        EXPECT_EQ(fake->userDefault, "Laser A");
-    }
-    EXPECT_EQ(fake->userDefault, "Matrix B");
-
-    {
-        cSetDfltPrinter d(*tp);
-        d.SetPrinterAsDefault("Matrix B");  // already default: nothing changes
-        fake->userDefault = "x";
-    }
-    EXPECT_EQ(fake->userDefault, "x");
-    EXPECT_EQ(error_log(), "");
 }
 
 }  // namespace

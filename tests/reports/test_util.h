@@ -1,17 +1,17 @@
 #pragma once
-// Helpers of the sheet and sink tests: hex dumps, whole-file reads, a strict BIFF2 record
-// walker, and a FileIo that fails on the N-th write.
+// Helpers of the sheet, sink and reader tests: hex dumps, a strict BIFF2 record walker, a
+// FileIo that fails on the N-th write, and the outside readers (xlrd, LibreOffice).
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
-#include <span>
+#include <map>
 #include <string>
 #include <vector>
 
 #include "reports/output.h"
+#include "tests/support/test_support.h"
 
 namespace qumbrel::test {
 
@@ -28,11 +28,6 @@ std::string hex(const Bytes& b) {
     return s;
 }
 
-inline std::string read_all(const std::filesystem::path& p) {
-    std::ifstream in(p, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
 struct Record {
     std::uint16_t id = 0;
     std::string data;
@@ -45,22 +40,20 @@ struct Record {
 inline std::vector<Record> walk_biff2(const std::string& file, std::string& error) {
     std::vector<Record> out;
     error.clear();
-    const std::string bof("\x09\x00\x04\x00\x02\x00\x0A\x00", 8);
-    if (file.compare(0, 8, bof) != 0) {
+    if (file.compare(0, 8, std::string("\x09\x00\x04\x00\x02\x00\x0A\x00", 8)) != 0) {
         error = "no BOF 09 00 04 00 02 00 0A 00 at the start";
         return out;
     }
-    std::size_t at = 8;
-    auto u16 = [&](std::size_t i) {
-        return static_cast<std::uint16_t>(static_cast<unsigned char>(file[i]) |
-                                          (static_cast<unsigned char>(file[i + 1]) << 8));
+    const auto byte = [](const std::string& s, std::size_t i) {
+        return static_cast<unsigned char>(s[i]);
     };
-    while (true) {
+    for (std::size_t at = 8;;) {
         if (at + 4 > file.size()) {
             error = "file ends without EOF at offset " + std::to_string(at);
             return out;
         }
-        const std::uint16_t id = u16(at), len = u16(at + 2);
+        const std::uint16_t id = byte(file, at) | byte(file, at + 1) << 8;
+        const std::size_t len = byte(file, at + 2) | byte(file, at + 3) << 8;
         if (at + 4 + len > file.size()) {
             error = "record " + std::to_string(id) + " overruns the file";
             return out;
@@ -72,55 +65,20 @@ inline std::vector<Record> walk_biff2(const std::string& file, std::string& erro
             if (at != file.size()) error = "bytes after EOF";
             return out;
         }
-        auto counted_at = [&](std::size_t pos) {
-            return r.data.size() > pos &&
-                   static_cast<unsigned char>(r.data[pos]) + pos + 1 == r.data.size();
+        // A counted string whose length byte stands at `pos` and ends the record.
+        const auto counted_at = [&](std::size_t pos) {
+            return len > pos && byte(r.data, pos) + pos + 1 == len;
         };
-        bool ok = true;
-        switch (id) {
-            case 2:
-                ok = len == 9;
-                break;
-            case 3:
-                ok = len == 15;
-                break;
-            case 4:
-                ok = counted_at(7);
-                break;
-            case 8:
-                ok = len == 16;
-                break;
-            case 18:
-            case 31:
-            case 37:
-            case 43:
-                ok = len == 2;
-                break;
-            case 20:
-            case 21:
-            case 30:
-                ok = counted_at(0);
-                break;
-            case 27:
-                ok = len >= 2 && len == 2 + 2 * u16(at - len);
-                break;
-            case 36:
-                ok = len == 4;
-                break;
-            case 38:
-            case 39:
-            case 40:
-            case 41:
-                ok = len == 8;
-                break;
-            case 47:
-                break;
-            case 49:
-                ok = counted_at(4);
-                break;
-            default:
-                ok = false;
-        }
+        static const std::map<int, std::size_t> fixed{{2, 9},  {3, 15}, {8, 16}, {36, 4},
+                                                      {18, 2}, {31, 2}, {37, 2}, {43, 2},
+                                                      {38, 8}, {39, 8}, {40, 8}, {41, 8}};
+        static const std::map<int, std::size_t> counted{{4, 7}, {49, 4}, {20, 0}, {21, 0}, {30, 0}};
+        const auto f = fixed.find(id);
+        const auto c = counted.find(id);
+        const bool ok =
+            id == 47 || (f != fixed.end() && f->second == len) ||
+            (c != counted.end() && counted_at(c->second)) ||
+            (id == 27 && len >= 2 && len == 2 + 2u * (byte(r.data, 0) | byte(r.data, 1) << 8));
         if (!ok) {
             error = "record " + std::to_string(id) + " has a bad length " + std::to_string(len);
             return out;
@@ -147,23 +105,53 @@ class FailingIo : public FileIo {
     int writes_ = 0;
 };
 
-// A unique scratch folder per test, removed afterwards.
-class TempDir {
-  public:
-    TempDir() {
-        std::string tmpl =
-            (std::filesystem::temp_directory_path() / "qumbrel-sheet-XXXXXX").string();
-        path_ = ::mkdtemp(tmpl.data()) ? tmpl : std::string();
+inline std::string run_command(const std::string& command, int& status) {
+    std::string out;
+    FILE* p = ::popen(command.c_str(), "r");
+    if (!p) {
+        status = -1;
+        return out;
     }
-    ~TempDir() {
-        std::error_code ec;
-        if (!path_.empty()) std::filesystem::remove_all(path_, ec);
-    }
-    const std::filesystem::path& path() const { return path_; }
-    std::string file(const std::string& name) const { return (path_ / name).string(); }
+    char buf[4096];
+    while (std::size_t n = std::fread(buf, 1, sizeof buf, p)) out.append(buf, n);
+    status = ::pclose(p);
+    return out;
+}
 
-  private:
-    std::filesystem::path path_;
-};
+// Debian's python3 with python3-xlrd (not a pyenv python); empty when missing.
+inline std::string skip_reason_xlrd() {
+    int status = 0;
+    run_command("/usr/bin/python3 -c 'import xlrd' 2>/dev/null", status);
+    return status == 0 ? "" : "python3-xlrd is not installed";
+}
+
+// tests/reports/xlrd_dump.py over a sheet: one line per cell, then the page breaks.
+inline std::string xlrd_dump(const std::string& path, int& status) {
+    return run_command(std::string("/usr/bin/python3 ") + QUMBREL_SOURCE_DIR +
+                           "/tests/reports/xlrd_dump.py '" + path + "' 2>&1",
+                       status);
+}
+
+inline std::string find_soffice() {
+    for (const char* p :
+         {"/usr/bin/soffice", "/usr/bin/libreoffice", "/usr/lib/libreoffice/program/soffice"}) {
+        if (std::filesystem::exists(p)) return p;
+    }
+    return {};
+}
+
+// LibreOffice (libreoffice-calc-nogui) converts the sheets to CSV into `outdir` in one
+// call (it takes seconds to start); `quote_all` quotes text cells. Exit status of soffice.
+inline int soffice_to_csv(const std::string& soffice, const std::string& profile,
+                          const std::string& outdir, const std::vector<std::string>& sheets,
+                          bool quote_all) {
+    std::string command = soffice + " -env:UserInstallation=file://" + profile +
+                          " --headless --infilter=\"MS Excel 4.0\" --convert-to "
+                          "'csv:Text - txt - csv (StarCalc):44,34,76,1,,0," +
+                          (quote_all ? "true,false,true'" : "true,false,false'") + " --outdir " +
+                          outdir;
+    for (const auto& s : sheets) command += " " + s;
+    return std::system((command + " >/dev/null 2>&1").c_str());
+}
 
 }  // namespace qumbrel::test

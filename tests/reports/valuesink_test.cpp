@@ -12,8 +12,6 @@
 namespace qumbrel {
 namespace {
 
-using Row = std::vector<std::pair<std::int32_t, CellValue>>;
-
 class SinkTest : public ::testing::Test {
   protected:
     SinkTest() {
@@ -32,123 +30,98 @@ class SinkTest : public ::testing::Test {
         EXPECT_EQ(close_csv_report(*tp), 0);
         return testing::read_file(path);
     }
-    // One line: each value with its column and the type; the last one ends the line.
-    void line(const Row& values, std::int32_t type = 0, std::int16_t format = 0) {
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            fkt_convertsetvalue(*tp, format, values[i].first, 1, values[i].second,
-                                i + 1 == values.size(), type);
-        }
-    }
     std::string error_log() { return testing::read_file(tp->program_file("error.log")); }
 
     testing::TestProgram tp{"de-DE"};
 };
 
-TEST_F(SinkTest, LineFromColumnOneKeepsTheSpareElementAsTrailingSeparator) {
-    EXPECT_EQ(csv([&] {
-                  line({{1, std::string("Recorder")}, {2, std::string("VT210")}});
-              }),
-              "\"Recorder\";\"VT210\";\r\n");
-}
+// One call of the sink: column, value, whether it ends the line, type, row.
+struct Call {
+    std::int32_t col;
+    CellValue value;
+    bool end = false;
+    std::int32_t type = 0;
+    std::int32_t row = 1;
+};
+struct CsvCase {
+    const char* what;
+    std::vector<Call> calls;
+    const char* want;
+    std::string listsep = ";", decsep = ",";
+};
 
-TEST_F(SinkTest, LineFromALaterColumnHasLeadingEmptyFields) {
-    EXPECT_EQ(csv([&] { line({{3, std::string("value")}}); }), ";;\"value\"\r\n");
-    EXPECT_EQ(csv([&] { line({{2, std::int32_t{7}}, {3, std::int32_t{8}}}, 1); }), ";7;8\r\n");
-}
-
-TEST_F(SinkTest, TypeZeroTexts) {
-    const std::string out = csv([&] {
-        line({{1, std::string("100")}});               // numeric-looking: unquoted
-        line({{1, std::string("  12,5 ")}});           // numeric: untrimmed
-        line({{1, std::string("")}});                  // two double quotes
-        line({{1, std::string(" say \"hi\"; ok ")}});  // trimmed, no escaping
-        line({{1, std::string("1;2")}});               // not numeric: quoted
-        line({{1, std::string("1.234")}});             // de-DE: a number with grouping
-        line({{1, 2.5}});                              // a double as text: numeric
-    });
-    EXPECT_EQ(out,
-              "100;\r\n  12,5 ;\r\n\"\";\r\n\"say \"hi\"; ok\";\r\n\"1;2\";\r\n1.234;\r\n"
-              "2,5;\r\n");
-}
-
-TEST_F(SinkTest, NumbersUseTheSystemsConversionAndAreQuotedWhenSeparatorsClash) {
-    const Row values{{1, 21.5},      {2, std::int32_t{-3}},      {3, 1e-5},
-                     {4, 0.1 + 0.2}, {5, std::string(" 7,25 ")}, {6, 1e15}};
-    EXPECT_EQ(csv([&] { line(values, 4); }), "21,5;-3;1E-05;0,3;7,25;1E+15;\r\n");
-    tp->opt.decseparator = ";";
-    EXPECT_EQ(csv([&] { line(values, 4); }),
-              "\"21,5\";\"-3\";\"1E-05\";\"0,3\";\"7,25\";\"1E+15\";\r\n");
-}
-
-TEST_F(SinkTest, DatesAsTextAreTheSystemsGeneralDate) {
+TEST_F(SinkTest, CsvLines) {
+    using S = std::string;
+    using I = std::int32_t;
     const DateTime t{2024, 1, 2, 3, 4, 5, 0};
-    EXPECT_EQ(csv([&] { line({{1, t}}, 12); }), "02.01.2024 03:04:05;\r\n");
-    EXPECT_EQ(csv([&] { line({{1, t}}, 0); }), "\"02.01.2024 03:04:05\";\r\n");
+    const std::vector<Call> numbers{{1, 21.5, false, 4},        {2, I{-3}, false, 4},
+                                    {3, 1e-5, false, 4},        {4, 0.1 + 0.2, false, 4},
+                                    {5, S(" 7,25 "), false, 4}, {6, 1e15, true, 4}};
+    const CsvCase cases[] = {
+        {"from column 1: the spare element is a trailing separator",
+         {{1, S("Recorder")}, {2, S("VT210"), true}},
+         "\"Recorder\";\"VT210\";\r\n"},
+        {"from a later column: leading empty fields, no trailing one",
+         {{3, S("value"), true}, {2, I{7}, false, 1}, {3, I{8}, true, 1}},
+         ";;\"value\"\r\n;7;8\r\n"},
+        {"numeric-looking text unquoted and untrimmed; other text trimmed, quoted, unescaped",
+         {{1, S("100"), true},
+          {1, S("  12,5 "), true},
+          {1, S(""), true},
+          {1, S(" say \"hi\"; ok "), true},
+          {1, S("1;2"), true},
+          {1, S("1.234"), true},  // de-DE: a number with grouping
+          {1, 2.5, true}},
+         "100;\r\n  12,5 ;\r\n\"\";\r\n\"say \"hi\"; ok\";\r\n\"1;2\";\r\n1.234;\r\n2,5;\r\n"},
+        {"numbers in the system's conversion", numbers, "21,5;-3;1E-05;0,3;7,25;1E+15;\r\n"},
+        {"numbers quoted when the separators clash", numbers,
+         "\"21,5\";\"-3\";\"1E-05\";\"0,3\";\"7,25\";\"1E+15\";\r\n", ";", ";"},
+        {"dates: general date, quoted as text",
+         {{1, t, true, 12}, {1, t, true, 0}},
+         "02.01.2024 03:04:05;\r\n\"02.01.2024 03:04:05\";\r\n"},
+        {"a two-character separator keeps the leading one",
+         {{1, I{1}, false, 1}, {2, I{2}, true, 1}},
+         ";;1;;2;;\r\n",
+         ";;"},
+        {"an earlier column pushes later fields right",
+         {{1, I{10}, false, 1}, {2, I{20}, false, 1}, {1, I{5}, true, 1}},
+         "5;10;20;\r\n"},
+        {"a label twice in one column stands in two, the next column between",
+         {{1, S("Ch")}, {1, S("Ch")}, {2, S("x"), true}},
+         "\"Ch\";\"x\";\"Ch\";\r\n"},
+        {"row numbers do not decide the line",
+         {{1, I{1}, false, 1, 5}, {2, I{2}, true, 1, 2}, {1, I{3}, true, 1, 1}},
+         "1;2;\r\n3;\r\n"},
+        {"column 0 ends the line with the fields so far; twice: an empty line",
+         {{1, S("a")}, {0, CellValue{}, true, 0, 0}, {0, CellValue{}, true, 0, 0}},
+         "\"a\";\r\n\r\n"},
+        {"an unfinished line is dropped",
+         {{1, S("done"), true}, {1, S("half"), false, 0, 2}},
+         "\"done\";\r\n"},
+        {"other types are written unquoted and trimmed",
+         {{1, S("Scale"), false, 48}, {2, S(" 0 "), true, 48}},
+         "Scale;0;\r\n"},
+    };
+    for (const auto& c : cases) {
+        tp->opt.listseparator = c.listsep;
+        tp->opt.decseparator = c.decsep;
+        EXPECT_EQ(csv([&] {
+                      for (const auto& k : c.calls)
+                          fkt_convertsetvalue(*tp, 0, k.col, k.row, k.value, k.end, k.type);
+                  }),
+                  c.want)
+            << c.what;
+    }
 }
 
-TEST_F(SinkTest, TwoCharacterSeparatorKeepsTheLeadingSeparator) {
-    tp->opt.listseparator = ";;";
-    EXPECT_EQ(csv([&] { line({{1, std::int32_t{1}}, {2, std::int32_t{2}}}, 1); }), ";;1;;2;;\r\n");
-}
-
-TEST_F(SinkTest, InsertingAtAnEarlierColumnPushesLaterFieldsRight) {
-    // Channel order differs from the file: the second value lands before the first.
-    EXPECT_EQ(csv([&] {
-                  line({{1, std::int32_t{10}}, {2, std::int32_t{20}}, {1, std::int32_t{5}}}, 1);
-              }),
-              "5;10;20;\r\n");
-    // A label written twice to the same column stands in two columns, and what follows
-    // in the next column lands between them.
-    EXPECT_EQ(csv([&] {
-                  line({{1, std::string("Ch")}, {1, std::string("Ch")}, {2, std::string("x")}});
-              }),
-              "\"Ch\";\"x\";\"Ch\";\r\n");
-}
-
-TEST_F(SinkTest, RowNumbersDoNotDecideTheLine) {
-    const std::string out = csv([&] {
-        fkt_convertsetvalue(*tp, 0, 1, 5, std::int32_t{1}, false, 1);
-        fkt_convertsetvalue(*tp, 0, 2, 2, std::int32_t{2}, true, 1);
-        fkt_convertsetvalue(*tp, 0, 1, 1, std::int32_t{3}, true, 1);
-    });
-    EXPECT_EQ(out, "1;2;\r\n3;\r\n");
-}
-
-TEST_F(SinkTest, ColumnZeroEndsTheLineWithTheFieldsSoFar) {
-    const std::string out = csv([&] {
-        fkt_convertsetvalue(*tp, 0, 1, 1, std::string("a"), false, 0);
-        fkt_convertsetvalue(*tp, 0, 0, 0, CellValue{}, true, 0);
-        fkt_convertsetvalue(*tp, 0, 0, 0, CellValue{}, true, 0);  // an empty line
-    });
-    EXPECT_EQ(out, "\"a\";\r\n\r\n");
-}
-
-TEST_F(SinkTest, UnfinishedLineIsDropped) {
-    EXPECT_EQ(csv([&] {
-                  line({{1, std::string("done")}});
-                  fkt_convertsetvalue(*tp, 0, 1, 2, std::string("half"), false, 0);
-              }),
-              "\"done\";\r\n");
-}
-
-TEST_F(SinkTest, OtherTypesAreWrittenInCsv) {
-    EXPECT_EQ(csv([&] {
-                  line({{1, std::string("Scale")}, {2, std::string(" 0 ")}}, 48);
-              }),
-              "Scale;0;\r\n");
-}
-
-TEST_F(SinkTest, BadFileFormatIsLoggedOnEveryCall) {
+TEST_F(SinkTest, BadFormatAndFailedWritesAreLogged) {
     fkt_convertsetvalue(*tp, 2, 1, 1, std::string("x"), false, 0);
     fkt_convertsetvalue(*tp, 2, 1, 1, std::string("x"), true, 0);
-    const std::string log = error_log();
     const std::string text = "fkt_convertsetvalue() - Dateiformat fehlerhaft";
-    const auto first = log.find(text);
-    ASSERT_NE(first, std::string::npos) << log;
-    EXPECT_NE(log.find(text, first + 1), std::string::npos) << log;
-}
+    const auto first = error_log().find(text);  // on every call
+    ASSERT_NE(first, std::string::npos) << error_log();
+    EXPECT_NE(error_log().find(text, first + 1), std::string::npos) << error_log();
 
-TEST_F(SinkTest, AFailedWriteIsLoggedWithItsPlace) {
     reset_field_array(*tp);  // no CSV file open
     fkt_convertsetvalue(*tp, 0, 2, 7, std::string("x"), true, 0);
     EXPECT_NE(error_log().find("fkt_convertsetvalue(iFileFormat:0,iColum:2,iRow:7"),
@@ -162,7 +135,10 @@ TEST_F(SinkTest, AFailedDiskWriteFailsTheClose) {
     ASSERT_EQ(open_csv_report(*tp, tp.dir.file("full.csv")), 0);
     reset_field_array(*tp);
     // 400 kB: more than the output buffer, so the failing write happens within a line.
-    for (int r = 0; r < 2000; ++r) line({{1, std::string(200, 'r')}, {2, std::int32_t{r}}}, 1);
+    for (int r = 0; r < 2000; ++r) {
+        fkt_convertsetvalue(*tp, 0, 1, r, std::string(200, 'r'), false, 1);
+        fkt_convertsetvalue(*tp, 0, 2, r, std::int32_t{r}, true, 1);
+    }
     EXPECT_EQ(close_csv_report(*tp), 61);  // disk full
     EXPECT_NE(error_log().find("fkt_convertsetvalue(iFileFormat:0"), std::string::npos);
     tp->state<SinkState>().csv.set_io(nullptr);
@@ -187,7 +163,7 @@ TEST_F(SinkTest, XlsCellsByValueType) {
     fkt_convertsetvalue(*tp, 1, 9, 1, 1.5, false, 4);
     ASSERT_EQ(xls.CloseFile(), 0);
     std::string error;
-    auto recs = test::walk_biff2(test::read_all(path), error);
+    auto recs = test::walk_biff2(testing::read_file(path), error);
     ASSERT_EQ(error, "");
     ASSERT_EQ(recs.size(), 25u + 6);
     EXPECT_EQ(recs[25].id, biff2::id::kLabel);
@@ -225,34 +201,32 @@ TEST_F(SinkTest, ArrayInsertCases) {
 }
 
 TEST_F(SinkTest, ChannelSelection) {
-    const auto set = [&](std::vector<std::string> list) { tp->opt.vChannelList = std::move(list); };
-    set({});
-    EXPECT_FALSE(fkt_showchannel(*tp, 1));
-    EXPECT_EQ(fkt_colpos(*tp, 1, 1), 0);
-
-    set({"all"});
-    EXPECT_TRUE(fkt_showchannel(*tp, 17));
-    EXPECT_FALSE(fkt_showchannel(*tp, 0));
-    EXPECT_FALSE(fkt_showchannel(*tp, -1));
-    EXPECT_EQ(fkt_colpos(*tp, 17, 4), 4);
-    EXPECT_EQ(fkt_colpos(*tp, 0, 4), 0);
-
-    set({"5", "3"});
-    EXPECT_EQ(fkt_colpos(*tp, 5, 1), 1);
-    EXPECT_EQ(fkt_colpos(*tp, 3, 2), 2);
-    EXPECT_EQ(fkt_colpos(*tp, 4, 3), 0);
-    EXPECT_TRUE(fkt_showchannel(*tp, 3));
-    EXPECT_FALSE(fkt_showchannel(*tp, 4));
-
-    set({"3", "AlL", "5"});
-    EXPECT_EQ(fkt_colpos(*tp, 3, 9), 1);
-    EXPECT_EQ(fkt_colpos(*tp, 5, 9), 9);
-    EXPECT_EQ(fkt_colpos(*tp, 7, 9), 9);
-
-    set({"2abc", "x", " 4"});  // leading number of the text; none gives 0
-    EXPECT_EQ(fkt_colpos(*tp, 2, 9), 1);
-    EXPECT_EQ(fkt_colpos(*tp, 4, 9), 3);
-    EXPECT_FALSE(fkt_showchannel(*tp, 1));
+    // Channel list; channel; the column offered; the column given (0: left out).
+    const struct {
+        std::vector<std::string> list;
+        std::int32_t channel, offered, column;
+    } cases[] = {
+        {{}, 1, 1, 0},
+        {{"all"}, 17, 4, 4},
+        {{"all"}, 0, 4, 0},
+        {{"all"}, -1, 4, 0},
+        {{"5", "3"}, 5, 1, 1},  // the list's order
+        {{"5", "3"}, 3, 2, 2},
+        {{"5", "3"}, 4, 3, 0},
+        {{"3", "AlL", "5"}, 3, 9, 1},  // listed ahead of "ALL"
+        {{"3", "AlL", "5"}, 5, 9, 9},
+        {{"3", "AlL", "5"}, 7, 9, 9},
+        {{"2abc", "x", " 4"}, 2, 9, 1},  // leading number of the text; none gives 0
+        {{"2abc", "x", " 4"}, 4, 9, 3},
+        {{"2abc", "x", " 4"}, 1, 9, 0},
+    };
+    for (const auto& c : cases) {
+        tp->opt.vChannelList = c.list;
+        const std::string at = "channel " + std::to_string(c.channel) + " of " +
+                               std::to_string(c.list.size()) + " entries";
+        EXPECT_EQ(fkt_colpos(*tp, c.channel, c.offered), c.column) << at;
+        EXPECT_EQ(fkt_showchannel(*tp, c.channel), c.column != 0) << at;
+    }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 //   QUMBREL_UPDATE_GOLDEN=1 ctest --test-dir build -R reports_vt
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
@@ -96,21 +97,17 @@ inline void expect_golden(const std::string& name, const std::string& bytes) {
 // The lines of a CSV report (CR LF cut off).
 inline std::vector<std::string> lines_of(const std::string& text) {
     std::vector<std::string> out;
-    std::size_t at = 0;
-    while (at < text.size()) {
-        std::size_t end = text.find("\r\n", at);
-        if (end == std::string::npos) end = text.size();
+    for (std::size_t at = 0, end = 0; at < text.size(); at = end + 2) {
+        end = std::min(text.find("\r\n", at), text.size());
         out.push_back(text.substr(at, end - at));
-        at = end + 2;
     }
     return out;
 }
 
 // Index of the first line that starts with `prefix`, or -1.
 inline int find_line(const std::vector<std::string>& lines, const std::string& prefix) {
-    for (std::size_t i = 0; i < lines.size(); ++i) {
-        if (lines[i].rfind(prefix, 0) == 0) return static_cast<int>(i);
-    }
+    for (std::size_t i = 0; i < lines.size(); ++i)
+        if (lines[i].starts_with(prefix)) return static_cast<int>(i);
     return -1;
 }
 

@@ -1,5 +1,7 @@
 #include "tests/support/test_support.h"
 
+#include <grp.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -16,8 +18,8 @@ TempDir::TempDir() {
     const auto base = std::filesystem::temp_directory_path();
     std::random_device rd;
     for (int attempt = 0; attempt < 100; ++attempt) {
-        auto candidate = base / ("qumbrel-test-" + std::to_string(::getpid()) + "-" +
-                                 std::to_string(rd()));
+        auto candidate =
+            base / ("qumbrel-test-" + std::to_string(::getpid()) + "-" + std::to_string(rd()));
         if (std::filesystem::create_directory(candidate)) {
             path_ = candidate;
             return;
@@ -61,6 +63,31 @@ TestProgram::TestProgram(std::string_view region) {
     read_regional_values(*ctx);
     ctx->run.strOptionFile = ctx->program_file("qumbrel.ini");
     ctx->run.strRegisterFile = ctx->program_file("sourcefiledb.dat");
+}
+
+std::optional<bool> as_ordinary_user(const std::filesystem::path& owned,
+                                     const std::function<bool()>& check) {
+    if (::geteuid() != 0) return check();
+    constexpr uid_t kNobody = 65534;
+    constexpr gid_t kNogroup = 65534;
+    std::error_code ec;
+    if (::lchown(owned.c_str(), kNobody, kNogroup) != 0) return std::nullopt;
+    for (auto it = std::filesystem::recursive_directory_iterator(
+             owned, std::filesystem::directory_options::none, ec);
+         !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
+        if (::lchown(it->path().c_str(), kNobody, kNogroup) != 0) return std::nullopt;
+    }
+    const pid_t child = ::fork();
+    if (child < 0) return std::nullopt;
+    if (child == 0) {
+        if (::setgroups(0, nullptr) != 0 || ::setgid(kNogroup) != 0 || ::setuid(kNobody) != 0)
+            ::_exit(2);
+        ::_exit(check() ? 0 : 1);
+    }
+    int status = 0;
+    if (::waitpid(child, &status, 0) != child || !WIFEXITED(status)) return std::nullopt;
+    if (WEXITSTATUS(status) == 2) return std::nullopt;
+    return WEXITSTATUS(status) == 0;
 }
 
 }  // namespace qumbrel::testing

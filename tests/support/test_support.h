@@ -2,7 +2,9 @@
 // Test doubles and fixtures shared by the suites: a host and an event log that record
 // what they are told, a temporary program folder, and a Program wired to them.
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,7 +13,7 @@
 namespace qumbrel::testing {
 
 class RecordingHost final : public Host {
-public:
+  public:
     bool up = true;
     std::vector<std::string> lines;
     std::vector<AlertRequest> alerts;
@@ -37,7 +39,7 @@ struct EventEntry {
 };
 
 class RecordingEventLog final : public EventLogBackend {
-public:
+  public:
     std::vector<EventEntry> entries;
     void report(std::string_view source, int type, std::uint32_t id,
                 std::string_view text) override {
@@ -47,7 +49,7 @@ public:
 
 // A fresh folder under the system's temporary folder, removed with its contents.
 class TempDir {
-public:
+  public:
     TempDir();
     ~TempDir();
     TempDir(const TempDir&) = delete;
@@ -55,9 +57,16 @@ public:
     const std::filesystem::path& path() const { return path_; }
     std::string file(std::string_view name) const { return (path_ / name).string(); }
 
-private:
+  private:
     std::filesystem::path path_;
 };
+
+// Permission failures as an ordinary user would meet them, also when the tests run as
+// root, who ignores folder modes: as root, the tree `owned` is handed to user "nobody" and
+// `check` runs in a child process that has dropped root; otherwise `check` runs here.
+// Gives check's answer, or nullopt when root could not be dropped.
+std::optional<bool> as_ordinary_user(const std::filesystem::path& owned,
+                                     const std::function<bool()>& check);
 
 std::string read_file(const std::string& path);
 void write_file(const std::string& path, std::string_view bytes);
