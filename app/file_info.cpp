@@ -21,8 +21,10 @@ int print_file_info(Program& ctx, const std::string& path) {
     }
     const auto& reader = family_table(ctx).of(family->family).fileInfo;
     if (!reader) {
-        std::fprintf(stderr, "qumbrel: %s: the information list of this family is not "
-                             "available in this build\n", path.c_str());
+        std::fprintf(stderr,
+                     "qumbrel: %s: the information list of this family is not "
+                     "available in this build\n",
+                     path.c_str());
         return 2;
     }
     FileInfoList list;

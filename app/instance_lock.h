@@ -6,7 +6,7 @@
 namespace qumbrel {
 
 class InstanceLock {
-public:
+  public:
     InstanceLock();
     ~InstanceLock();
     InstanceLock(const InstanceLock&) = delete;
@@ -14,7 +14,7 @@ public:
     const std::string& path() const { return path_; }
     bool held() const { return fd_ >= 0; }
 
-private:
+  private:
     std::string path_;
     int fd_ = -1;
 };

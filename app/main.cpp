@@ -1,3 +1,5 @@
 #include "app/main_procedure.h"
 
-int main(int argc, char** argv) { return qumbrel::qumbrel_main(argc, argv); }
+int main(int argc, char** argv) {
+    return qumbrel::qumbrel_main(argc, argv);
+}

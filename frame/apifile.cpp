@@ -17,7 +17,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-int code_of(const std::error_code& ec) { return ec ? (ec.value() != 0 ? ec.value() : EIO) : 0; }
+int code_of(const std::error_code& ec) {
+    return ec ? (ec.value() != 0 ? ec.value() : EIO) : 0;
+}
 
 bool exists_nofollow(const std::string& p) {
     std::error_code ec;
@@ -179,32 +181,44 @@ std::string env_or(const char* name, const std::string& fallback) {
     const char* v = std::getenv(name);
     return v && *v ? std::string(v) : fallback;
 }
-std::string home() { return env_or("HOME", "/tmp"); }
+std::string home() {
+    return env_or("HOME", "/tmp");
+}
 }  // namespace
 
 std::string Cls_APIFile::GetWindowsSpecialFolder(int kind) {
     switch (kind) {
-        case 0: return "/";
-        case 1: return "/usr/lib";
+        case 0:
+            return "/";
+        case 1:
+            return "/usr/lib";
         case 2: {
             std::error_code ec;
             const auto t = fs::temp_directory_path(ec);
             return ec ? std::string("/tmp") : t.string();
         }
-        default: return {};
+        default:
+            return {};
     }
 }
 
 std::string Cls_APIFile::GetSpecialFolderPath(int csidl) {
     const std::string config = env_or("XDG_CONFIG_HOME", home() + "/.config");
     switch (csidl) {
-        case 5: return env_or("XDG_DOCUMENTS_DIR", home() + "/Documents");
-        case 7: return config + "/autostart";
-        case 16: return env_or("XDG_DESKTOP_DIR", home() + "/Desktop");
-        case 26: return config;
-        case 28: return env_or("XDG_DATA_HOME", home() + "/.local/share");
-        case 35: return "/etc/xdg";
-        default: return {};
+        case 5:
+            return env_or("XDG_DOCUMENTS_DIR", home() + "/Documents");
+        case 7:
+            return config + "/autostart";
+        case 16:
+            return env_or("XDG_DESKTOP_DIR", home() + "/Desktop");
+        case 26:
+            return config;
+        case 28:
+            return env_or("XDG_DATA_HOME", home() + "/.local/share");
+        case 35:
+            return "/etc/xdg";
+        default:
+            return {};
     }
 }
 

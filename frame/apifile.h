@@ -7,7 +7,7 @@
 namespace qumbrel {
 
 class Cls_APIFile {
-public:
+  public:
     // Shell operation flags. Kept for callers that set them; on Linux no operation asks
     // questions or shows progress, and RenameOnCollision picks a free "name (n).ext".
     bool SimpleProgress = false;
@@ -47,7 +47,7 @@ public:
     // Fault injection for tests: the n-th write of a copy fails (0: none).
     int failNthWrite = 0;
 
-private:
+  private:
     std::string collision_free(const std::string& target) const;
 };
 

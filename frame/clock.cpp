@@ -12,7 +12,7 @@ DateTime SystemClock::now() const {
     std::tm tm{};
     localtime_r(&secs, &tm);
     const auto ms = duration_cast<milliseconds>(t.time_since_epoch()).count() % 1000;
-    return DateTime{tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour,
+    return DateTime{tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday,          tm.tm_hour,
                     tm.tm_min,         tm.tm_sec,     static_cast<int>(ms)};
 }
 

@@ -7,7 +7,7 @@
 namespace qumbrel {
 
 class Clock {
-public:
+  public:
     virtual ~Clock() = default;
     // Present local date and time.
     virtual DateTime now() const = 0;
@@ -18,7 +18,7 @@ public:
 };
 
 class SystemClock final : public Clock {
-public:
+  public:
     DateTime now() const override;
     std::int64_t steady_ms() const override;
     std::int64_t steady_ns() const override;
@@ -26,14 +26,14 @@ public:
 
 // A clock that stands still until told to move; for tests.
 class ManualClock final : public Clock {
-public:
+  public:
     explicit ManualClock(DateTime t = {2024, 1, 2, 3, 4, 5, 0}) : now_(t) {}
     DateTime now() const override { return now_; }
     std::int64_t steady_ms() const override { return steady_; }
     void set(DateTime t) { now_ = t; }
     void advance_ms(std::int64_t ms) { steady_ += ms; }
 
-private:
+  private:
     DateTime now_;
     std::int64_t steady_ = 0;
 };

@@ -1,8 +1,8 @@
 #include "frame/commandline.h"
 
 #include <array>
-#include <span>
 #include <filesystem>
+#include <span>
 
 #include "frame/text.h"
 
@@ -17,8 +17,8 @@ std::string_view trim_spaces(std::string_view s) {
 }
 
 constexpr std::array<std::string_view, 8> kKeywords = {
-    "STARTSFROMSERVICE", "DEBUG", "FDA", "CONFIGURATION", "NOSPLASH",
-    "SOURCE:",           "TARGET:", "SUBFOLDER:"};
+    "STARTSFROMSERVICE", "DEBUG",   "FDA",     "CONFIGURATION",
+    "NOSPLASH",          "SOURCE:", "TARGET:", "SUBFOLDER:"};
 
 bool starts_with_keyword(std::string_view arg) {
     const std::string upper = to_upper_ascii(arg.substr(0, 17));
@@ -172,7 +172,8 @@ void apply_command_tokens(Program& ctx, const std::vector<std::string>& tokens) 
 
 std::string usage_text(std::string_view program) {
     std::string p(program);
-    return "Usage: " + p + " [options] [FILE]\n"
+    return "Usage: " + p +
+           " [options] [FILE]\n"
            "Converts recorder data files into reports.\n"
            "\n"
            "  FILE                  convert this file once and exit (one-shot run)\n"
@@ -180,7 +181,9 @@ std::string usage_text(std::string_view program) {
            "  --target=NAME         report name of a one-shot run, no folder logic\n"
            "                        (also /TARGET:NAME)\n"
            "  --subfolder=DIR       folder below the target path (also /SUBFOLDER:DIR)\n"
-           "  --debug               debug run: use " + p + "DEBUG.ini if present, write\n"
+           "  --debug               debug run: use " +
+           p +
+           "DEBUG.ini if present, write\n"
            "                        status.log, keep every source file (also /DEBUG)\n"
            "  --fda                 FDA mode: template report, printed, then deleted (/FDA)\n"
            "  --configuration       configuration mode (/CONFIGURATION)\n"

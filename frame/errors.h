@@ -40,7 +40,7 @@ struct ErrState {
 
 // A run-time error with a number of its own meaning (53 file not found, 6 overflow, ...).
 class VbError : public std::runtime_error {
-public:
+  public:
     VbError(std::int32_t number, std::string description, std::string source = {})
         : std::runtime_error(description),
           number_(number),
@@ -50,7 +50,7 @@ public:
     const std::string& source() const noexcept { return source_; }
     const std::string& description() const noexcept { return description_; }
 
-private:
+  private:
     std::int32_t number_;
     std::string source_;
     std::string description_;

@@ -11,16 +11,21 @@
 namespace qumbrel {
 
 class cls_EventLogger {
-public:
+  public:
     explicit cls_EventLogger(Program& ctx) : ctx_(ctx) {}
 
     static constexpr std::uint32_t event_id(int type) {
         switch (type) {
-            case 1: return 0;
-            case 2: return 0x40000001u;
-            case 3: return 0x80000002u;
-            case 4: return 0xC0000003u;
-            default: return 0;
+            case 1:
+                return 0;
+            case 2:
+                return 0x40000001u;
+            case 3:
+                return 0x80000002u;
+            case 4:
+                return 0xC0000003u;
+            default:
+                return 0;
         }
     }
 
@@ -28,7 +33,7 @@ public:
     // The strings are joined with line breaks into one entry; `count` of them are used.
     bool WriteLogEx(const std::vector<std::string>& strings, std::size_t count, int type);
 
-private:
+  private:
     Program& ctx_;
 };
 

@@ -9,7 +9,11 @@ using Flag = std::int16_t;
 inline constexpr Flag kTrue = -1;
 inline constexpr Flag kFalse = 0;
 
-constexpr Flag to_flag(bool b) { return b ? kTrue : kFalse; }
-constexpr bool is_set(Flag f) { return f != 0; }
+constexpr Flag to_flag(bool b) {
+    return b ? kTrue : kFalse;
+}
+constexpr bool is_set(Flag f) {
+    return f != 0;
+}
 
 }  // namespace qumbrel

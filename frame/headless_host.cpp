@@ -27,7 +27,9 @@ void HeadlessHost::add_status_line(std::string_view text) {
     put_line(out_, "", text);
 }
 
-void HeadlessHost::show_alert(const AlertRequest& alert) { put_line(err_, "qumbrel: ", alert.text); }
+void HeadlessHost::show_alert(const AlertRequest& alert) {
+    put_line(err_, "qumbrel: ", alert.text);
+}
 
 void HeadlessHost::message_box(std::string_view text, MessageIcon icon) {
     put_line(err_, icon == MessageIcon::Critical ? "qumbrel: error: " : "qumbrel: ", text);

@@ -15,7 +15,7 @@ struct AlertRequest {
 };
 
 class Host {
-public:
+  public:
     virtual ~Host() = default;
     // Is the run page's status list up (so status lines are shown and logged)?
     virtual bool status_list_up() const = 0;

@@ -17,8 +17,8 @@ std::string clsINI::resolve(std::string_view file) const {
     return path;
 }
 
-bool clsINI::CreateKeyValue(std::string_view section, std::string_view key,
-                            std::string_view value, std::string_view file) {
+bool clsINI::CreateKeyValue(std::string_view section, std::string_view key, std::string_view value,
+                            std::string_view file) {
     return profile::write(resolve(file), section, key, value);
 }
 
@@ -33,8 +33,7 @@ std::string clsINI::GetKeyValue(std::string_view section, std::string_view key,
     return v;
 }
 
-std::vector<std::string> clsINI::GetKeysInSection(std::string_view section,
-                                                  std::string_view file) {
+std::vector<std::string> clsINI::GetKeysInSection(std::string_view section, std::string_view file) {
     return profile::keys(resolve(file), section, kListBuffer);
 }
 
@@ -42,8 +41,7 @@ std::vector<std::string> clsINI::GetSections(std::string_view file) {
     return profile::sections(resolve(file), kListBuffer);
 }
 
-bool clsINI::DeleteKeyValue(std::string_view section, std::string_view key,
-                            std::string_view file) {
+bool clsINI::DeleteKeyValue(std::string_view section, std::string_view key, std::string_view file) {
     return profile::write(resolve(file), section, key, std::string_view{});
 }
 
@@ -55,8 +53,8 @@ bool clsINI::DeleteSection(std::string_view section, std::string_view file) {
     return profile::remove_section(resolve(file), section);
 }
 
-bool clsINI::RenameKey(std::string_view section, std::string_view oldKey,
-                       std::string_view newKey, std::string_view file) {
+bool clsINI::RenameKey(std::string_view section, std::string_view oldKey, std::string_view newKey,
+                       std::string_view file) {
     const std::string path = resolve(file);
     if (iequals(oldKey, newKey)) return profile::find(path, section, oldKey).has_value();
     const auto value = profile::find(path, section, oldKey);

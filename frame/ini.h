@@ -8,7 +8,7 @@
 namespace qumbrel {
 
 class clsINI {
-public:
+  public:
     static constexpr std::size_t kValueBuffer = 700;  // a value holds at most 699 characters
     static constexpr std::size_t kListBuffer = 1024;  // key and section lists
 
@@ -29,13 +29,12 @@ public:
     // An empty result gives `def`, or DefaultReturnValue when the call gives none.
     std::string GetKeyValue(std::string_view section, std::string_view key,
                             std::string_view file = {}, const std::string* def = nullptr);
-    std::string GetKeyValue(std::string_view section, std::string_view key,
-                            std::string_view file, const std::string& def) {
+    std::string GetKeyValue(std::string_view section, std::string_view key, std::string_view file,
+                            const std::string& def) {
         return GetKeyValue(section, key, file, &def);
     }
 
-    std::vector<std::string> GetKeysInSection(std::string_view section,
-                                              std::string_view file = {});
+    std::vector<std::string> GetKeysInSection(std::string_view section, std::string_view file = {});
     std::vector<std::string> GetSections(std::string_view file = {});
 
     bool DeleteKeyValue(std::string_view section, std::string_view key,
@@ -47,7 +46,7 @@ public:
     bool RenameSection(std::string_view oldSection, std::string_view newSection,
                        std::string_view file = {});
 
-private:
+  private:
     std::string resolve(std::string_view file) const;
 
     std::string file_;

@@ -1,10 +1,10 @@
 #include "frame/profile.h"
 
+#include <unistd.h>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
-#include <unistd.h>
 
 #include "frame/codepage.h"
 #include "frame/text.h"
@@ -32,7 +32,8 @@ Parsed parse_line(std::string_view line) {
     if (t.empty() || t.front() == ';') return {};
     if (t.front() == '[') {
         const auto close = t.find(']');
-        const std::string_view inner = t.substr(1, close == std::string_view::npos ? t.npos : close - 1);
+        const std::string_view inner =
+            t.substr(1, close == std::string_view::npos ? t.npos : close - 1);
         return {LineKind::Section, trim_blanks(inner), {}};
     }
     const auto eq = t.find('=');
@@ -166,7 +167,7 @@ FileState probe(const std::string& path) {
 }
 
 std::optional<std::string> find(const std::string& path, std::string_view section,
-                                 std::string_view key) {
+                                std::string_view key) {
     Document doc;
     if (load(path, doc) != FileState::Ok) return std::nullopt;
     const std::size_t head = find_section(doc, section);

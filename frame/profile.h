@@ -28,7 +28,7 @@ std::string read(const std::string& path, std::string_view section, std::string_
 
 // The value as found, untrimmed by any buffer; nullopt when the key is absent.
 std::optional<std::string> find(const std::string& path, std::string_view section,
-                                 std::string_view key);
+                                std::string_view key);
 
 // Key names of a section / section names of the file, cut as the platform cuts a list
 // that does not fit its buffer of `bufferSize` characters.

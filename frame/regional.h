@@ -9,12 +9,12 @@
 namespace qumbrel {
 
 struct RegionalProfile {
-    std::string name;            // "en-US", "de-DE", or the locale's name
-    std::string shortDate;       // Windows pattern, e.g. "M/d/yyyy"
-    std::string longDate;        // e.g. "dddd, MMMM d, yyyy"
-    std::string timeFormat;      // long time, e.g. "h:mm:ss tt"
-    std::string am = "AM";       // s1159
-    std::string pm = "PM";       // s2359
+    std::string name;        // "en-US", "de-DE", or the locale's name
+    std::string shortDate;   // Windows pattern, e.g. "M/d/yyyy"
+    std::string longDate;    // e.g. "dddd, MMMM d, yyyy"
+    std::string timeFormat;  // long time, e.g. "h:mm:ss tt"
+    std::string am = "AM";   // s1159
+    std::string pm = "PM";   // s2359
     std::string decimal = ".";
     std::string thousand = ",";
     std::string dateSep = "/";
@@ -27,7 +27,7 @@ struct RegionalProfile {
 };
 
 class clsRegionalSettings {
-public:
+  public:
     explicit clsRegionalSettings(RegionalProfile p) : p_(std::move(p)) {}
 
     // The profile for the process: QUMBREL_REGION, else LC_TIME/LC_NUMERIC of the C
@@ -48,7 +48,7 @@ public:
 
     const RegionalProfile& profile() const { return p_; }
 
-private:
+  private:
     RegionalProfile p_;
 };
 

@@ -3,8 +3,12 @@
 namespace qumbrel {
 
 namespace {
-bool blank(char c) { return c == ' ' || c == '\t'; }
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+bool blank(char c) {
+    return c == ' ' || c == '\t';
+}
+char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
 }  // namespace
 
 std::string_view trim_blanks(std::string_view s) {

@@ -4,11 +4,16 @@ namespace qumbrel {
 
 FamilyFunctions& FamilyTable::of(RecorderFamily f) {
     switch (f) {
-        case RecorderFamily::VT: return vt;
-        case RecorderFamily::VU: return vu;
-        case RecorderFamily::VQ: return vq;
-        case RecorderFamily::HN: return hn;
-        case RecorderFamily::KL: return kl;
+        case RecorderFamily::VT:
+            return vt;
+        case RecorderFamily::VU:
+            return vu;
+        case RecorderFamily::VQ:
+            return vq;
+        case RecorderFamily::HN:
+            return hn;
+        case RecorderFamily::KL:
+            return kl;
     }
     return vt;
 }
@@ -19,6 +24,8 @@ FamilyTable& family_table(Program& ctx) {
     return *slot.table;
 }
 
-Flag fkt_isfamilyfile(const std::string& path) { return to_flag(family_of_path(path).has_value()); }
+Flag fkt_isfamilyfile(const std::string& path) {
+    return to_flag(family_of_path(path).has_value());
+}
 
 }  // namespace qumbrel

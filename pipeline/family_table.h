@@ -13,8 +13,7 @@
 namespace qumbrel {
 
 // (source, report path without extension, interactive) -> number of errors
-using ReportGenerator =
-    std::function<int(Program&, const std::string&, const std::string&, Flag)>;
+using ReportGenerator = std::function<int(Program&, const std::string&, const std::string&, Flag)>;
 using ElementsReader = std::function<void(Program&, const std::string&)>;
 // The file information list of the run page (and of --info): lines and back colour.
 using InfoReader = std::function<void(Program&, FileInfoList&, const std::string&)>;

@@ -9,7 +9,7 @@
 namespace qumbrel {
 
 class xTimer {
-public:
+  public:
     explicit xTimer(const Clock& clock) : clock_(clock) {}
 
     void Calibrieren() {
@@ -23,7 +23,7 @@ public:
         return static_cast<double>(std::max<std::int64_t>(0, stop_ - start_ - overhead_)) / 1e6;
     }
 
-private:
+  private:
     const Clock& clock_;
     std::int64_t start_ = 0;
     std::int64_t stop_ = 0;

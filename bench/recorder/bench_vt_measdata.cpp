@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "frame/context.h"
+#include "frame/headless_host.h"
 #include "reclib/model.h"
 #include "reclib/writer.h"
 #include "recorder/library_loader.h"
@@ -38,16 +39,6 @@ struct Settings {
     std::int32_t samples = 1000000;
     std::int32_t channels = 30;
     int repeat = 3;
-};
-
-class NullHost final : public Host {
-  public:
-    bool status_list_up() const override { return false; }
-    long status_line_count() const override { return 0; }
-    void clear_status_list() override {}
-    void add_status_line(std::string_view) override {}
-    void show_alert(const AlertRequest&) override {}
-    void message_box(std::string_view, MessageIcon) override {}
 };
 
 class NullEventLog final : public EventLogBackend {
@@ -101,7 +92,7 @@ bool run_child(const Phase& phase, double& seconds, long& maxrssKib) {
     if (pid < 0) return false;
     if (pid == 0) {
         ::close(fds[0]);
-        NullHost host;
+        HeadlessHost host(false);  // status list down: the runs print nothing
         ManualClock clock;
         NullEventLog events;
         Program ctx(ProgramInfo{}, host, clock, events,

@@ -23,21 +23,12 @@
 
 #include "automation/scanner.h"
 #include "frame/context.h"
+#include "frame/headless_host.h"
 
 namespace {
 
 using namespace qumbrel;
 namespace fs = std::filesystem;
-
-class NullHost final : public Host {
-  public:
-    bool status_list_up() const override { return false; }
-    long status_line_count() const override { return 0; }
-    void clear_status_list() override {}
-    void add_status_line(std::string_view) override {}
-    void show_alert(const AlertRequest&) override {}
-    void message_box(std::string_view, MessageIcon) override {}
-};
 
 class NullEventLog final : public EventLogBackend {
   public:
@@ -117,7 +108,7 @@ int main(int argc, char** argv) {
     const fs::path root = tmpl;
     const std::size_t expected = make_tree(root, s);
 
-    NullHost host;
+    HeadlessHost host(false);  // status list down: the runs print nothing
     NullEventLog log;
     SystemClock clock;
     ProgramInfo info;

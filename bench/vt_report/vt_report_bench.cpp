@@ -27,6 +27,7 @@
 #include <vector>
 
 #include "frame/context.h"
+#include "frame/headless_host.h"
 #include "recorder/vt_reader.h"
 
 namespace {
@@ -38,16 +39,6 @@ struct Settings {
     std::int32_t samples = 1000000;
     std::int32_t channels = 30;
     int repeat = 1;
-};
-
-class NullHost final : public Host {
-  public:
-    bool status_list_up() const override { return false; }
-    long status_line_count() const override { return 0; }
-    void clear_status_list() override {}
-    void add_status_line(std::string_view) override {}
-    void show_alert(const AlertRequest&) override {}
-    void message_box(std::string_view, MessageIcon) override {}
 };
 
 class NullEventLog final : public EventLogBackend {
@@ -104,7 +95,7 @@ void cell_head(std::string& out, unsigned id, unsigned len, std::int64_t row, un
 // The bare writer: the reader's arrays, then every value of the report's sample rows in
 // one buffer and one write.
 int bare_writer(const Settings& s, const std::string& src, const std::string& out, bool xls) {
-    NullHost host;
+    HeadlessHost host(false);  // status list down: the runs print nothing
     ManualClock clock;
     NullEventLog events;
     Program ctx(ProgramInfo{}, host, clock, events,

@@ -9,11 +9,16 @@ namespace qumbrel {
 
 int SyslogEventLog::priority(int type) {
     switch (type) {
-        case 1: return LOG_NOTICE;
-        case 2: return LOG_INFO;
-        case 3: return LOG_WARNING;
-        case 4: return LOG_ERR;
-        default: return LOG_DEBUG;
+        case 1:
+            return LOG_NOTICE;
+        case 2:
+            return LOG_INFO;
+        case 3:
+            return LOG_WARNING;
+        case 4:
+            return LOG_ERR;
+        default:
+            return LOG_DEBUG;
     }
 }
 

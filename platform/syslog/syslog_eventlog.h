@@ -6,7 +6,7 @@
 namespace qumbrel {
 
 class SyslogEventLog final : public EventLogBackend {
-public:
+  public:
     static int priority(int type);
     void report(std::string_view source, int type, std::uint32_t eventId,
                 std::string_view text) override;

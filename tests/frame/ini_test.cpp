@@ -21,11 +21,10 @@ struct IniTest : ::testing::Test {
 };
 
 TEST_F(IniTest, LookupIsCaseInsensitiveAndFirstMatchWins) {
-    write_file(path,
-               "[File]\r\nTargetPath = /a \r\nTARGETPATH=/b\r\n[file]\r\ntargetpath=/c\r\n");
+    write_file(path, "[File]\r\nTargetPath = /a \r\nTARGETPATH=/b\r\n[file]\r\ntargetpath=/c\r\n");
     EXPECT_EQ(ini.GetKeyValue("FILE", "targetpath"), "/a");
-    EXPECT_EQ(profile::keys(path, "file", 1024), (std::vector<std::string>{"TargetPath",
-                                                                           "TARGETPATH"}));
+    EXPECT_EQ(profile::keys(path, "file", 1024),
+              (std::vector<std::string>{"TargetPath", "TARGETPATH"}));
 }
 
 TEST_F(IniTest, ValuesAreTrimmedUnquotedAndCommentsOnlyAtLineStart) {
@@ -141,8 +140,12 @@ TEST_F(IniTest, HostileFilesGiveDefaultsNotCrashes) {
 }
 
 TEST_F(IniTest, Windows1252ValuesAreReadAsText) {
-    write_file(path, "[s]\nk=Gr\xFC\xDF" "e\n");
-    EXPECT_EQ(ini.GetKeyValue("s", "k"), "Gr\xC3\xBC\xC3\x9F" "e");
+    write_file(path,
+               "[s]\nk=Gr\xFC\xDF"
+               "e\n");
+    EXPECT_EQ(ini.GetKeyValue("s", "k"),
+              "Gr\xC3\xBC\xC3\x9F"
+              "e");
 }
 
 }  // namespace

@@ -78,7 +78,8 @@ TEST(TimeInWindow, Table) {
     };
     // clang-format on
     for (const auto& c : cases)
-        EXPECT_EQ(window(c.time, c.start, c.stop), c.want) << c.time << " " << c.start << "-" << c.stop;
+        EXPECT_EQ(window(c.time, c.start, c.stop), c.want)
+            << c.time << " " << c.start << "-" << c.stop;
 }
 
 }  // namespace
