@@ -2,7 +2,6 @@
 
 #include <array>
 #include <filesystem>
-#include <span>
 
 #include "frame/text.h"
 
@@ -16,19 +15,36 @@ std::string_view trim_spaces(std::string_view s) {
     return s;
 }
 
-constexpr std::array<std::string_view, 8> kKeywords = {
-    "STARTSFROMSERVICE", "DEBUG",   "FDA",     "CONFIGURATION",
-    "NOSPLASH",          "SOURCE:", "TARGET:", "SUBFOLDER:"};
+// The run flags of the command line, in the order they are applied.
+struct RunFlagKeyword {
+    std::string_view keyword;
+    Flag RunFlags::*flag;
+};
+constexpr std::array<RunFlagKeyword, 5> kRunFlags = {{
+    {"STARTSFROMSERVICE", &RunFlags::bStartsFromService},
+    {"DEBUG", &RunFlags::bDebug},
+    {"FDA", &RunFlags::bFda},
+    {"CONFIGURATION", &RunFlags::bConfiguration},
+    {"NOSPLASH", &RunFlags::bNoSplash},
+}};
+constexpr std::array<std::string_view, 3> kValueKeywords = {"SOURCE:", "TARGET:", "SUBFOLDER:"};
 
-bool starts_with_keyword(std::string_view arg) {
-    const std::string upper = to_upper_ascii(arg.substr(0, 17));
-    for (auto k : kKeywords)
-        if (std::string_view(upper).substr(0, k.size()) == k) return true;
+bool left_is(std::string_view upper, std::string_view keyword) {
+    return upper.substr(0, keyword.size()) == keyword;
+}
+
+bool starts_with_run_flag(std::string_view upper) {
+    for (const auto& k : kRunFlags)
+        if (left_is(upper, k.keyword)) return true;
     return false;
 }
 
-bool left_is(const std::string& upper, std::string_view keyword) {
-    return std::string_view(upper).substr(0, keyword.size()) == keyword;
+bool starts_with_keyword(std::string_view arg) {
+    const std::string upper = to_upper_ascii(arg.substr(0, 17));
+    if (starts_with_run_flag(upper)) return true;
+    for (auto k : kValueKeywords)
+        if (left_is(upper, k)) return true;
+    return false;
 }
 
 bool path_exists(const std::string& p) {
@@ -129,10 +145,7 @@ ParsedArguments parse_arguments(const std::vector<std::string>& args) {
 }
 
 bool is_run_flag_token(std::string_view token) {
-    const std::string upper = to_upper_ascii(token.substr(0, 17));
-    for (auto k : std::span(kKeywords).first(5))
-        if (left_is(upper, k)) return true;
-    return false;
+    return starts_with_run_flag(to_upper_ascii(token.substr(0, 17)));
 }
 
 void apply_command_tokens(Program& ctx, const std::vector<std::string>& tokens) {
@@ -143,25 +156,10 @@ void apply_command_tokens(Program& ctx, const std::vector<std::string>& tokens) 
         auto rest_after = [&](std::size_t keywordLength) {
             if (token.size() > keywordLength) r.strSourceFile = token.substr(keywordLength + 1);
         };
-        if (left_is(upper, "STARTSFROMSERVICE")) {
-            r.bStartsFromService = kTrue;
-            rest_after(17);
-        }
-        if (left_is(upper, "DEBUG")) {
-            r.bDebug = kTrue;
-            rest_after(5);
-        }
-        if (left_is(upper, "FDA")) {
-            r.bFda = kTrue;
-            rest_after(3);
-        }
-        if (left_is(upper, "CONFIGURATION")) {
-            r.bConfiguration = kTrue;
-            rest_after(13);
-        }
-        if (left_is(upper, "NOSPLASH")) {
-            r.bNoSplash = kTrue;
-            rest_after(8);
+        for (const auto& k : kRunFlags) {
+            if (!left_is(upper, k.keyword)) continue;
+            r.*k.flag = kTrue;
+            rest_after(k.keyword.size());
         }
         if (left_is(upper, "SOURCE:")) r.strSourceFile = token.substr(7);
         if (left_is(upper, "TARGET:")) r.strTargetName = token.substr(7);
