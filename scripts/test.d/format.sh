@@ -11,8 +11,11 @@ format_hook() {
         return 1
     fi
     echo "== format: clang-format check"
-    local files
-    mapfile -t files < <(git -C "$root" ls-files '*.cpp' '*.h')
+    local files=() f
+    # Tracked and new files that exist (a deletion not yet committed has no file).
+    while IFS= read -r f; do
+        [[ -f "$root/$f" ]] && files+=("$f")
+    done < <(git -C "$root" ls-files --cached --others --exclude-standard '*.cpp' '*.h' | sort -u)
     if ((${#files[@]} == 0)); then
         # Not a git checkout: check what is there.
         mapfile -t files < <(cd "$root" && find . -path ./build\* -prune -o \

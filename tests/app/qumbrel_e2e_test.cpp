@@ -1,12 +1,17 @@
-// The built qumbrel program run headless on files made by recsim, in a private program
-// folder; every case checks the files on disk afterwards.
+// The built qumbrel program run headless on files made by recsim, one-shot and in its
+// automatic mode, each in a private folder; every case checks the files on disk afterwards.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <signal.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <string>
+#include <thread>
 
 #include "tests/support/test_support.h"
 
@@ -14,6 +19,8 @@ using qumbrel::testing::read_file;
 using qumbrel::testing::TempDir;
 using qumbrel::testing::write_file;
 namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using Lines = std::vector<std::string>;
 
 namespace {
 
@@ -23,265 +30,237 @@ std::string sh_quote(const std::string& s) {
     return out + "'";
 }
 
-int exit_code(int status) {
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+bool until(const std::function<bool()>& done, std::chrono::seconds limit) {
+    for (const auto end = std::chrono::steady_clock::now() + limit;
+         std::chrono::steady_clock::now() < end; std::this_thread::sleep_for(20ms))
+        if (done()) return true;
+    return false;
 }
 
-struct Qumbrel : ::testing::Test {
+// Files below root, relative and sorted, without those below `skip`.
+Lines files_below(const std::string& root, const std::string& skip = "") {
+    Lines found;
+    for (const auto& e : fs::recursive_directory_iterator(root)) {
+        const std::string rel = e.path().string().substr(root.size() + 1);
+        if (e.is_regular_file() && (skip.empty() || !rel.starts_with(skip))) found.push_back(rel);
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+// A folder with home/, in/ and out/; "@" in options, arguments and expected texts stands
+// for it. "blocker" is a plain file where no folder can be made, by root neither.
+struct Folder {
     TempDir dir;
-    std::string home = dir.file("home");
-    std::string in = dir.file("in");
-    std::string out = dir.file("out");
-    std::string output;  // what the last run printed
+    std::string start = "autostart=0\n";  // the [start] section
     std::map<std::string, std::string> file{
-        {"targetformat", "0"},         {"binfilemodus", "0"},       {"noconversion", "0"},
-        {"targetname", "0"},           {"targetnameformat", ">$O"}, {"fileextension", "csv"},
-        {"sourcenamesametarget", "0"}, {"alarminclusive", "1"},     {"messageinclusive", "1"},
-    };
+        // [file] keys besides their defaults
+        {"alarminclusive", "1"},      {"messageinclusive", "1"},
+        {"sourcepath", "@/in"},       {"targetpath", "@/out"},
+        {"targetpathsourcefile", ""}, {"language", QUMBREL_BIN_DIR "/english.lng"}};
+    pid_t pid = -1;  // of a launched run
 
-    void SetUp() override {
-        fs::create_directories(home);
-        fs::create_directories(in);
-        fs::create_directories(out);
-        file["sourcepath"] = in;
-        file["targetpath"] = out;
-        file["targetpathsourcefile"] = "";
-        file["language"] = std::string(QUMBREL_BIN_DIR) + "/english.lng";
+    Folder() {
+        for (const char* d : {"home", "in", "out"}) fs::create_directories(dir.file(d));
+        write_file(dir.file("blocker"), "x");
     }
-
-    void write_options() {
-        std::string text = "[start]\nautostart=0\n[file]\n";
-        for (const auto& [k, v] : file) text += k + "=" + v + "\n";
-        text += "[userdefined]\nChannels=ALL\nTimeSelect=0\n";
-        write_file(home + "/qumbrel.ini", text);
+    ~Folder() {
+        if (pid <= 0) return;
+        kill(pid, SIGKILL);
+        waitpid(pid, nullptr, 0);
     }
-
-    // A VT file of recsim; the start time decides $YYYY and $MM.
-    std::string simulate(const std::string& name, const std::string& start = "2007-03-05 10:00:00",
-                         const std::string& kind = "event") {
-        const std::string path = in + "/" + name;
-        fs::create_directories(fs::path(path).parent_path());
-        const std::string cmd = sh_quote(std::string(QUMBREL_BIN_DIR) + "/recsim") +
-                                " --family VT --kind " + kind +
-                                " --channels 3 --samples 25 --alarms 2 --messages 1 --start " +
-                                sh_quote(start) + " --out " + sh_quote(path) + " >/dev/null";
-        EXPECT_EQ(exit_code(std::system(cmd.c_str())), 0) << cmd;
-        return path;
+    std::string expand(const std::string& s, bool quoted = false) const {
+        const std::string by = quoted ? sh_quote(dir.path().string()) : dir.path().string();
+        std::string out;
+        for (char c : s) out += c == '@' ? by : std::string(1, c);
+        return out;
     }
-
-    int qumbrel(const std::string& args) {
+    // A VT file of recsim of the given kind, or "damaged": an event file with a wrong sum.
+    void simulate(const std::string& rel, const std::string& kind, int samples = 25) {
+        fs::create_directories(fs::path(dir.file(rel)).parent_path());
+        const std::string cmd = sh_quote(QUMBREL_BIN_DIR "/recsim") + " --family VT --kind " +
+                                (kind == "damaged" ? "event --damaged" : kind) +
+                                " --channels 3 --alarms 2 --messages 1 --samples " +
+                                std::to_string(samples) + " --start '2008-11-30 23:00:00' --out " +
+                                sh_quote(dir.file(rel)) + " >/dev/null";
+        ASSERT_EQ(std::system(cmd.c_str()), 0) << cmd;
+    }
+    void write_options() const {
+        std::string text = "[start]\n" + start + "[file]\n";
+        for (const auto& [k, v] : file) text += k + "=" + expand(v) + "\n";
+        write_file(dir.file("home/qumbrel.ini"), text + "[userdefined]\nChannels=ALL\n");
+    }
+    std::string printed() const { return read_file(dir.file("run.out")); }
+    // The shell command of a run in the folder; `exec` leaves the shell's pid to qumbrel.
+    std::string command(const std::string& args) const {
         write_options();
-        const std::string log = dir.file("run.out");
-        const std::string cmd = "cd " + sh_quote(dir.path().string()) +
-                                " && QUMBREL_HOME=" + sh_quote(home) + " QUMBREL_REGION=en-US " +
-                                sh_quote(std::string(QUMBREL_BIN_DIR) + "/qumbrel") +
-                                " --headless " + args + " >" + sh_quote(log) + " 2>&1";
-        const int code = exit_code(std::system(cmd.c_str()));
-        output = fs::exists(log) ? read_file(log) : "";
-        return code;
+        return "cd " + expand("@", true) + " && QUMBREL_HOME=" + expand("@/home", true) +
+               " QUMBREL_REGION=en-US exec " + sh_quote(QUMBREL_BIN_DIR "/qumbrel") +
+               " --headless " + expand(args, true) + " >" + expand("@/run.out", true) + " 2>&1";
     }
-
-    static bool exists(const std::string& p) { return fs::exists(p); }
-    std::string register_text() const {
-        return exists(home + "/sourcefiledb.dat") ? read_file(home + "/sourcefiledb.dat") : "";
+    int qumbrel(const std::string& args) const {
+        const int status = std::system(command(args).c_str());
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    // A run in the background, ended by the test.
+    void launch() {
+        const std::string cmd = command("");
+        if ((pid = fork()) != 0) return;
+        execl("/bin/sh", "sh", "-c", cmd.c_str(), nullptr);
+        _exit(98);
+    }
+    // Exit code of the launched run, -1 when it did not end in time, -2 after a signal.
+    int wait_exit() {
+        int status = 0;
+        if (!until([&] { return waitpid(pid, &status, WNOHANG) == pid; }, 30s)) return -1;
+        pid = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -2;
     }
 };
 
-TEST_F(Qumbrel, MoveModeWritesTheReportAndMovesTheSource) {
-    const std::string src = simulate("run1.oge");
-    file["targetpathsourcefile"] = dir.file("done");
-    ASSERT_EQ(qumbrel(sh_quote(src)), 0) << output;
-    EXPECT_TRUE(exists(out + "/run1.csv")) << output;
-    EXPECT_FALSE(exists(out + "/run1.tmp"));
-    EXPECT_FALSE(exists(src));
-    EXPECT_TRUE(exists(dir.file("done/run1.oge")));
-    // The report is the VT report of this file.
-    const std::string report = read_file(out + "/run1.csv");
-    EXPECT_NE(report.find("Filename"), std::string::npos);
-    EXPECT_NE(report.find("run1.oge"), std::string::npos);
-    // A fresh program folder gets the shipped language files.
-    EXPECT_TRUE(exists(home + "/deutsch.lng"));
+}  // namespace
+
+TEST(Qumbrel, OneRunPerCase) {
+    struct Case {
+        const char* what;
+        std::string source, kind;  // kind "": no file made
+        std::map<std::string, std::string> options;
+        std::string args;
+        int exit;
+        Lines present, absent;                                      // below the folder
+        std::vector<std::pair<std::string, std::string>> contains;  // file ("": output), text
+        bool quiet = false;
+    };
+    // clang-format off
+    const std::vector<Case> cases{
+        // A fresh program folder gets the shipped language files; a bare language file name
+        // means the program folder and is remembered with it.
+        {"move", "in/a.oge", "event",
+         {{"targetpathsourcefile", "@/done"}, {"language", "english.lng"}}, "@/in/a.oge", 0,
+         {"out/a.csv", "done/a.oge", "home/deutsch.lng"}, {"out/a.tmp", "in/a.oge"},
+         {{"out/a.csv", "Filename"}, {"out/a.csv", "a.oge"}, {"", "Finished."},
+          {"home/qumbrel.ini", "language=@/home/english.lng"}}},
+        {"debug keeps the source", "in/a.oge", "event", {}, "--debug @/in/a.oge", 0,
+         {"in/a.oge", "out/a.csv"}, {}, {{"home/status.log", "a.tmp"}}},
+        {"noconversion moves the source beside the reports", "in/a.oge", "event",
+         {{"noconversion", "1"}}, "@/in/a.oge", 0, {"out/a.oge"}, {"out/a.csv", "in/a.oge"}, {}},
+        // Folders from the file's own date; without a source folder the source follows.
+        {"$YYYY/$MM and sourcenamesametarget", "in/a.oge", "event",
+         {{"targetpath", "@/out/$YYYY/$MM"}, {"targetname", "1"},
+          {"targetnameformat", ">R_$YYYY$MM"}, {"sourcenamesametarget", "1"}}, "@/in/a.oge", 0,
+         {"out/2008/11/R_200811.csv", "out/2008/11/R_200811.oge"},
+         {"out/2008/11/a.oge", "in/a.oge"}, {}},
+        // The target is the report's whole name: no extension is added.
+        {"/TARGET: and delete mode", "in/a.oge", "event", {{"binfilemodus", "1"}},
+         "/SOURCE:@/in/a.oge /TARGET:@/out/report", 0, {"out/report"},
+         {"out/report.csv", "out/a.csv", "in/a.oge", "out/a.oge"}, {}},
+        {"--subfolder and xls", "in/a.ogd", "display", {{"targetformat", "1"}},
+         "--subfolder=line7/ @/in/a.ogd", 0, {"out/line7/a.xls", "out/line7/a.ogd"}, {}, {}},
+        {"unknown extension", "in/notes.txt", "text", {}, "@/in/notes.txt", 0, {"out/notes.txt"},
+         {"in/notes.txt", "out/notes.csv", "out/notes.tmp"}, {}},
+        {"missing target folder", "in/a.oge", "event", {{"targetpath", "@/no/such/folder"}},
+         "@/in/a.oge", 2, {"in/a.oge"}, {"no"}, {{"", "no/such/folder"}}},
+        {"missing source", "", "", {}, "/SOURCE:@/in/gone.oge", 2, {}, {}, {{"", "gone.oge"}}},
+        // A missing bare path is no source: the ordinary mode starts, which needs a display.
+        {"missing bare path", "", "", {}, "@/in/gone.oge", 2, {}, {}, {{"", "--headless FILE"}}},
+        {"failing move", "in/a.oge", "event", {{"targetpathsourcefile", "@/blocker/sub"}},
+         "@/in/a.oge", 1, {"out/a.csv", "in/a.oge"}, {},
+         {{"blocker", "x"}, {"home/error.log", "could not be moved"}, {"", "@/in/a.oge -> "}}},
+        // Started by the service (keyword in any case), the run is not interactive: a
+        // damaged file stops the report. A service run prints no status lines.
+        {"damaged", "in/bad.oge", "damaged", {}, "/startsfromservice @/in/bad.oge", 1,
+         {"out/bad.csv.Error.csv", "out/bad.oge.Error.oge"}, {}, {}, true},
+        {"--info", "in/a.oge", "event", {}, "--info @/in/a.oge", 0, {"in/a.oge"}, {},
+         {{"", "File Type: \tEvent file\n"}, {"", "Sampling Int.: \t1.0 sec\n"}}},
+        {"--info without the file", "", "", {}, "--info @/in/none.oge", 2, {}, {}, {}},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        Folder r;
+        if (c.kind == "text") {
+            write_file(r.dir.file(c.source), "not a recorder file");
+        } else if (!c.kind.empty()) {
+            r.simulate(c.source, c.kind);
+        }
+        for (const auto& [k, v] : c.options) r.file[k] = v;
+        EXPECT_EQ(r.qumbrel(c.args), c.exit) << r.printed();
+        for (const auto& f : c.present) EXPECT_TRUE(fs::exists(r.dir.file(f))) << f << r.printed();
+        for (const auto& f : c.absent) EXPECT_FALSE(fs::exists(r.dir.file(f))) << f;
+        for (const auto& [f, text] : c.contains) {
+            const std::string in = f.empty() ? r.printed() : read_file(r.dir.file(f));
+            EXPECT_NE(in.find(r.expand(text)), std::string::npos) << f << ": " << in;
+        }
+        if (c.quiet) {
+            EXPECT_EQ(r.printed(), "");
+        }
+    }
 }
 
-TEST_F(Qumbrel, XlsReportAndDeleteMode) {
-    const std::string src = simulate("run2.ogd", "2007-03-05 10:00:00", "display");
-    file["targetformat"] = "1";
-    file["binfilemodus"] = "1";
-    ASSERT_EQ(qumbrel(sh_quote(src)), 0) << output;
-    ASSERT_TRUE(exists(out + "/run2.xls")) << output;
-    const std::string xls = read_file(out + "/run2.xls");
-    ASSERT_GE(xls.size(), 4u);
-    EXPECT_EQ(static_cast<unsigned char>(xls[0]), 0x09);  // BIFF2 BOF
-    EXPECT_FALSE(exists(src));
-}
-
-TEST_F(Qumbrel, IndexModeRegistersAndAServiceRunSkipsARegisteredFile) {
-    const std::string src = simulate("run3.oge");
-    file["binfilemodus"] = "2";
-    ASSERT_EQ(qumbrel(sh_quote(src)), 0) << output;
-    EXPECT_TRUE(exists(src));  // the source stays in index mode
-    EXPECT_EQ(register_text(), "run3.oge    run3.oge\r\n");
-    ASSERT_TRUE(exists(out + "/run3.csv"));
-
+TEST(Qumbrel, IndexModeRegistersAndAServiceRunSkipsARegisteredFile) {
+    Folder r;
+    r.simulate("in/a.oge", "event");
+    r.file["binfilemodus"] = "2";
+    const std::string report = r.dir.file("out/a.csv"), db = r.dir.file("home/sourcefiledb.dat");
+    ASSERT_EQ(r.qumbrel("@/in/a.oge"), 0) << r.printed();
+    EXPECT_TRUE(fs::exists(r.dir.file("in/a.oge")));  // the source stays in index mode
+    EXPECT_EQ(read_file(db), "a.oge    a.oge\r\n");
+    ASSERT_TRUE(fs::remove(report));
     // Not interactive (started by the service): a registered file is left alone.
-    fs::remove(out + "/run3.csv");
-    EXPECT_EQ(qumbrel("/STARTSFROMSERVICE " + sh_quote(src)), 0) << output;
-    EXPECT_FALSE(exists(out + "/run3.csv"));
-    EXPECT_EQ(register_text(), "run3.oge    run3.oge\r\n");
-
+    EXPECT_EQ(r.qumbrel("/STARTSFROMSERVICE @/in/a.oge"), 0) << r.printed();
+    EXPECT_FALSE(fs::exists(report));
+    EXPECT_EQ(read_file(db), "a.oge    a.oge\r\n");
     // A one-shot run from the command line is interactive but shows no alert: the file
     // is converted again and registered once more.
-    EXPECT_EQ(qumbrel(sh_quote(src)), 0) << output;
-    EXPECT_TRUE(exists(out + "/run3.csv"));
-    EXPECT_EQ(register_text(), "run3.oge    run3.oge\r\nrun3.oge    run3.oge\r\n");
+    EXPECT_EQ(r.qumbrel("@/in/a.oge"), 0) << r.printed();
+    EXPECT_TRUE(fs::exists(report));
+    EXPECT_EQ(read_file(db), "a.oge    a.oge\r\na.oge    a.oge\r\n");
 }
 
-TEST_F(Qumbrel, BareLanguageFileNameMeansTheProgramFolder) {
-    const std::string src = simulate("lang.oge");
-    file["language"] = "english.lng";  // the program folder got its copy of the shipped file
-    ASSERT_EQ(qumbrel(sh_quote(src)), 0) << output;
-    EXPECT_NE(output.find("Finished."), std::string::npos) << output;
-    // Remembered with its folder, as every form load does.
-    EXPECT_NE(read_file(home + "/qumbrel.ini").find("language=" + home + "/english.lng"),
-              std::string::npos);
+// The automatic mode on a schedule of kind 6 takes files as they come, into the same
+// subfolders below the targets, until SIGTERM ends it after the file in hand.
+TEST(Qumbrel, AutomaticModeConvertsIntoTheSameSubfoldersUntilSigterm) {
+    Folder r;
+    r.start = "sheduler=6\nfiletyp=2\nautostart=1\n";
+    r.file["targetpathsourcefile"] = "@/done";
+    for (const char* f : {"in/a.oge", "in/line1/deep/c.oge", "in/line2/d.oge"})
+        r.simulate(f, "event");
+    r.simulate("in/line1/b.ogd", "display");
+    const std::string in = r.dir.file("in"), out = r.dir.file("out"), done = r.dir.file("done");
+    r.launch();
+    // Each source is moved after its report is made.
+    ASSERT_TRUE(until([&] { return fs::exists(done) && files_below(done).size() == 4; }, 60s))
+        << r.printed();
+
+    // A batch that arrives later is taken by a later cycle; files of some size, so that
+    // the batch takes seconds and the stop falls inside it.
+    constexpr int kFiles = 12;
+    r.simulate("stage/f0.oge", "event", 50000);
+    for (int i = 1; i < kFiles; ++i)
+        fs::copy_file(r.dir.file("stage/f0.oge"),
+                      r.dir.file("stage/f" + std::to_string(i) + ".oge"));
+    fs::rename(r.dir.file("stage"), in + "/batch");
+    ASSERT_TRUE(until([&] { return fs::exists(out + "/batch/f0.csv"); }, 60s)) << r.printed();
+    ASSERT_EQ(kill(r.pid, SIGTERM), 0);
+    EXPECT_EQ(r.wait_exit(), 0) << r.printed();
+
+    // Every batch file stands whole on one side: report and moved source, or waiting.
+    int converted = 0;
+    for (int i = 0; i < kFiles; ++i) {
+        const std::string name = "/batch/f" + std::to_string(i);
+        const bool moved = fs::exists(done + name + ".oge");
+        EXPECT_EQ(fs::exists(out + name + ".csv"), moved) << name;
+        EXPECT_NE(fs::exists(in + name + ".oge"), moved) << name;
+        converted += moved ? 1 : 0;
+    }
+    EXPECT_LT(converted, kFiles);
+    for (const auto& f : files_below(out)) EXPECT_EQ(fs::path(f).extension(), ".csv") << f;
+    EXPECT_EQ(files_below(out, "batch/"),
+              (Lines{"a.csv", "line1/b.csv", "line1/deep/c.csv", "line2/d.csv"}));
+    EXPECT_EQ(files_below(done, "batch/"),
+              (Lines{"a.oge", "line1/b.ogd", "line1/deep/c.oge", "line2/d.oge"}));
+    EXPECT_TRUE(files_below(in, "batch/").empty());
+    const std::string report = read_file(out + "/line1/deep/c.csv");
+    EXPECT_NE(report.find("c.oge"), std::string::npos);
+    EXPECT_EQ(report.find(".Error"), std::string::npos);
 }
-
-TEST_F(Qumbrel, DebugKeepsTheSourceAndWritesTheStatusLog) {
-    const std::string src = simulate("run4.oge");
-    ASSERT_EQ(qumbrel("--debug " + sh_quote(src)), 0) << output;
-    EXPECT_TRUE(exists(src));
-    EXPECT_TRUE(exists(out + "/run4.csv"));
-    ASSERT_TRUE(exists(home + "/status.log"));
-    const std::string log = read_file(home + "/status.log");
-    EXPECT_NE(log.find("run4.tmp"), std::string::npos) << log;
-}
-
-TEST_F(Qumbrel, NoConversionOnlyDisposesOfTheSource) {
-    const std::string src = simulate("run5.oge");
-    file["noconversion"] = "1";
-    ASSERT_EQ(qumbrel(sh_quote(src)), 0) << output;
-    EXPECT_TRUE(exists(out + "/run5.oge"));  // moved beside the reports
-    EXPECT_FALSE(exists(out + "/run5.csv"));
-    EXPECT_FALSE(exists(src));
-}
-
-TEST_F(Qumbrel, TargetPathWithYearAndMonthMakesAFolderPerFile) {
-    const std::string a = simulate("a.oge", "2007-03-05 10:00:00");
-    const std::string b = simulate("b.oge", "2008-11-30 23:00:00");
-    file["targetpath"] = out + "/$YYYY/$MM";
-    file["targetname"] = "1";
-    ASSERT_EQ(qumbrel(sh_quote(a)), 0) << output;
-    ASSERT_EQ(qumbrel(sh_quote(b)), 0) << output;
-    EXPECT_TRUE(exists(out + "/2007/03/a.csv"));
-    EXPECT_TRUE(exists(out + "/2008/11/b.csv"));
-    // Without a source folder of their own the sources follow their reports.
-    EXPECT_TRUE(exists(out + "/2007/03/a.oge"));
-    EXPECT_TRUE(exists(out + "/2008/11/b.oge"));
-
-    // With targetname 0 every format composes to the bare source name, the folder
-    // format too: the folder becomes the file's name, relative to the working folder.
-    const std::string c = simulate("c.oge", "2009-01-01 00:00:00");
-    file["targetname"] = "0";
-    ASSERT_EQ(qumbrel(sh_quote(c)), 0) << output;
-    EXPECT_TRUE(exists(dir.file("c/c.csv"))) << output;
-    EXPECT_FALSE(exists(out + "/2009"));
-}
-
-TEST_F(Qumbrel, SourceNameSameAsTargetRenamesTheMovedSource) {
-    const std::string src = simulate("orig.oge", "2007-03-05 10:00:00");
-    file["targetname"] = "1";
-    file["targetnameformat"] = ">R_$YYYY$MM";
-    file["sourcenamesametarget"] = "1";
-    ASSERT_EQ(qumbrel(sh_quote(src)), 0) << output;
-    EXPECT_TRUE(exists(out + "/R_200703.csv")) << output;
-    EXPECT_TRUE(exists(out + "/R_200703.oge"));
-    EXPECT_FALSE(exists(out + "/orig.oge"));
-}
-
-TEST_F(Qumbrel, TargetAndSubfolderTokens) {
-    const std::string a = simulate("t1.oge");
-    const std::string named = dir.file("elsewhere/report.csv");
-    fs::create_directories(dir.file("elsewhere"));
-    ASSERT_EQ(qumbrel("/SOURCE:" + sh_quote(a) + " /TARGET:" + sh_quote(named)), 0) << output;
-    // The target name is the report's whole name: no extension is added.
-    EXPECT_TRUE(exists(named)) << output;
-    EXPECT_FALSE(exists(out + "/t1.csv"));
-
-    const std::string b = simulate("t2.oge");
-    ASSERT_EQ(qumbrel("--subfolder=line7/ " + sh_quote(b)), 0) << output;
-    EXPECT_TRUE(exists(out + "/line7/t2.csv")) << output;
-    EXPECT_TRUE(exists(out + "/line7/t2.oge"));
-}
-
-TEST_F(Qumbrel, UnknownExtensionIsDisposedOfWithoutAReport) {
-    const std::string src = in + "/notes.txt";
-    write_file(src, "not a recorder file");
-    ASSERT_EQ(qumbrel(sh_quote(src)), 0) << output;
-    EXPECT_FALSE(exists(src));
-    EXPECT_TRUE(exists(out + "/notes.txt"));
-    EXPECT_FALSE(exists(out + "/notes.csv"));
-    EXPECT_FALSE(exists(out + "/notes.tmp"));
-}
-
-TEST_F(Qumbrel, MissingTargetFolderLeavesEverythingUntouched) {
-    const std::string src = simulate("run6.oge");
-    file["targetpath"] = dir.file("no/such/folder");
-    EXPECT_EQ(qumbrel(sh_quote(src)), 2) << output;
-    EXPECT_TRUE(exists(src));
-    EXPECT_FALSE(exists(dir.file("no")));
-    EXPECT_EQ(register_text(), "");
-    // Reported to the user and in the error log.
-    EXPECT_NE(output.find("no/such/folder"), std::string::npos) << output;
-}
-
-TEST_F(Qumbrel, MissingSourceIsAStartUpError) {
-    EXPECT_EQ(qumbrel("/SOURCE:" + sh_quote(in + "/gone.oge")), 2);
-    EXPECT_NE(output.find("gone.oge"), std::string::npos) << output;
-    // A bare path that does not exist is no source: the ordinary mode starts, which a
-    // headless run cannot show.
-    EXPECT_EQ(qumbrel(sh_quote(in + "/gone.oge")), 2);
-    EXPECT_NE(output.find("--headless FILE"), std::string::npos) << output;
-    EXPECT_TRUE(fs::is_empty(out));
-}
-
-TEST_F(Qumbrel, AFailingMoveLosesNothing) {
-    // A plain file where the source folder should be: the move cannot succeed, as root too.
-    const std::string src = simulate("run7.oge");
-    write_file(dir.file("blocker"), "x");
-    file["targetpathsourcefile"] = dir.file("blocker/sub");
-    EXPECT_EQ(qumbrel(sh_quote(src)), 1) << output;
-    EXPECT_TRUE(exists(out + "/run7.csv"));  // the report itself was made
-    EXPECT_TRUE(exists(src));
-    EXPECT_EQ(read_file(dir.file("blocker")), "x");
-    ASSERT_TRUE(exists(home + "/error.log"));
-    EXPECT_NE(read_file(home + "/error.log").find("could not be moved"), std::string::npos);
-    EXPECT_NE(output.find(src + " -> "), std::string::npos) << output;
-}
-
-TEST_F(Qumbrel, DamagedFileGetsTheErrorNamesAndExitOne) {
-    const std::string src = in + "/bad.oge";
-    const std::string cmd = sh_quote(std::string(QUMBREL_BIN_DIR) + "/recsim") +
-                            " --family VT --damaged --out " + sh_quote(src) + " >/dev/null";
-    ASSERT_EQ(exit_code(std::system(cmd.c_str())), 0);
-    // Started by the service (keyword in any case), the run is not interactive: a damaged
-    // file stops the report. A service run prints no status lines.
-    EXPECT_EQ(qumbrel("/startsfromservice " + sh_quote(src)), 1) << output;
-    EXPECT_EQ(output, "");
-    EXPECT_TRUE(exists(out + "/bad.csv.Error.csv")) << output;
-    EXPECT_TRUE(exists(out + "/bad.oge.Error.oge"));
-}
-
-}  // namespace
-
-namespace {
-
-TEST_F(Qumbrel, InfoPrintsTheListWithTheOptionFileSeparators) {
-    const std::string src = simulate("info.oge");
-    ASSERT_EQ(qumbrel("--info " + sh_quote(src)), 0) << output;
-    EXPECT_NE(output.find("File Type: \tEvent file\n"), std::string::npos) << output;
-    EXPECT_NE(output.find("Sampling Int.: \t1.0 sec\n"), std::string::npos) << output;
-    EXPECT_TRUE(exists(src));  // only read
-    EXPECT_EQ(qumbrel("--info " + sh_quote(in + "/none.oge")), 2);
-}
-
-}  // namespace

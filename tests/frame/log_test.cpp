@@ -4,7 +4,6 @@
 
 #include <filesystem>
 
-#include "frame/eventlogger.h"
 #include "tests/support/test_support.h"
 
 using namespace qumbrel;
@@ -36,43 +35,34 @@ TEST(ErrorLog, LineHasItsFieldsInOrder) {
               "Errorline: 0; Errordescription: \r\n");
 }
 
-TEST(ErrorLog, AlertTextOutsideAServiceRun) {
+TEST(ErrorLog, ReportGoesToAnAlertOrTheEventLogAndSurvivesAnUnwritableLog) {
     TestProgram p("de-DE");
     fail_with(*p, "fkt_x", 4, 53);
     ASSERT_EQ(p.host.alerts.size(), 1u);
-    const AlertRequest& a = p.host.alerts[0];
-    EXPECT_EQ(a.text,
+    EXPECT_EQ(p.host.alerts[0].text,
               "Function: fkt_x\r\nVersion: 1.0.0\r\nError Number: 53\r\nError Line: 4\r\n"
               "Error Description: File not found\r\nextra text\r\n\r\n\r\n03:04");
-    EXPECT_EQ(a.seconds, 0);
-    EXPECT_EQ(a.red, 255);
-    EXPECT_EQ(a.green, 200);
-    EXPECT_EQ(a.blue, 200);
     EXPECT_TRUE(p.events.entries.empty());
+
+    // A service run writes the event log and opens no window.
+    TestProgram svc;
+    svc->run.bStartsFromService = kTrue;
+    fail_with(*svc, "fkt_x", 1, 53);
+    EXPECT_TRUE(svc.host.alerts.empty());
+    ASSERT_EQ(svc.events.entries.size(), 1u);
+    EXPECT_EQ(svc.events.entries[0].id, 0xC0000003u);
+    EXPECT_EQ(svc.events.entries[0].text,
+              "qumbrel Version: 1.0.0\nFile not found  extra text\nfkt_x\nErrorline 1");
+    EXPECT_FALSE(read_file(svc->program_file("error.log")).empty());
+
+    // An unwritable log loses the line only: the user is still told.
+    TestProgram lost;
+    lost->info.folder = lost->program_file("missing/folder");
+    fail_with(*lost, "fkt_x", 1, 53);
+    EXPECT_EQ(lost.host.alerts.size(), 1u);
 }
 
-TEST(ErrorLog, ServiceRunWritesTheEventLogAndOpensNoWindow) {
-    TestProgram p;
-    p->run.bStartsFromService = kTrue;
-    fail_with(*p, "fkt_x", 1, 53);
-    EXPECT_TRUE(p.host.alerts.empty());
-    ASSERT_EQ(p.events.entries.size(), 1u);
-    const auto& e = p.events.entries[0];
-    EXPECT_EQ(e.type, 4);
-    EXPECT_EQ(e.id, 0xC0000003u);
-    EXPECT_EQ(e.source, "qumbrel");
-    EXPECT_EQ(e.text, "qumbrel Version: 1.0.0\nFile not found  extra text\nfkt_x\nErrorline 1");
-    EXPECT_FALSE(read_file(p->program_file("error.log")).empty());
-}
-
-TEST(ErrorLog, UnwritableLogLosesTheLineOnly) {
-    TestProgram p;
-    p->info.folder = p->program_file("missing/folder");
-    fail_with(*p, "fkt_x", 1, 53);
-    EXPECT_EQ(p.host.alerts.size(), 1u);  // the user is still told
-}
-
-TEST(StatusList, ListsOnlyWhenUpAndLogsOnlyInDebugMode) {
+TEST(StatusList, ListsOnlyWhenUpLogsOnlyInDebugModeAndClearsPast32760Lines) {
     TestProgram p("de-DE");
     p.host.up = false;
     p->run.bDebug = kTrue;
@@ -81,18 +71,15 @@ TEST(StatusList, ListsOnlyWhenUpAndLogsOnlyInDebugMode) {
 
     p.host.up = true;
     p->run.bDebug = kFalse;
-    EXPECT_TRUE(fkt_lststatus(*p, "shown"));
-    EXPECT_FALSE(std::filesystem::exists(p->program_file("status.log")));
+    EXPECT_TRUE(fkt_lststatus(*p, "shown"));  // not logged: status.log holds "logged" alone
     EXPECT_EQ(p.host.pumps, 1);
 
     p->run.bDebug = kTrue;
     EXPECT_TRUE(fkt_lststatus(*p, "logged"));
     EXPECT_EQ(read_file(p->program_file("status.log")), "02.01.2024 03:04:05 logged\r\n");
     EXPECT_EQ(p.host.lines, (std::vector<std::string>{"shown", "logged"}));
-}
 
-TEST(StatusList, ClearsWhenItHoldsMoreThan32760Lines) {
-    TestProgram p;
+    // The list is cleared once it holds more than 32760 lines.
     p.host.lines.assign(32760, "x");
     fkt_lststatus(*p, "line 32761");
     EXPECT_EQ(p.host.lines.size(), 32761u);
@@ -101,7 +88,7 @@ TEST(StatusList, ClearsWhenItHoldsMoreThan32760Lines) {
     EXPECT_EQ(p.host.lines[0], "next");
 }
 
-TEST(EventLog, OnlyServiceRunsAndKnownTypesWrite) {
+TEST(EventLog, OnlyServiceRunsWriteWithTheIdOfTheirType) {
     TestProgram p;
     fkt_logevent(*p, "not a service run", kTrue, 2);
     EXPECT_TRUE(p.events.entries.empty());
@@ -110,17 +97,6 @@ TEST(EventLog, OnlyServiceRunsAndKnownTypesWrite) {
     ASSERT_EQ(p.events.entries.size(), 1u);
     EXPECT_EQ(p.events.entries[0].id, 0x40000001u);
     EXPECT_EQ(p.events.entries[0].text, "Qumbrel start mainprocedure...");
-
-    cls_EventLogger logger(*p);
-    EXPECT_FALSE(logger.WriteLog("ignored", 5));
-    EXPECT_FALSE(logger.WriteLog("ignored", 0));
-    EXPECT_TRUE(logger.WriteLog("ok", 1));
-    EXPECT_TRUE(logger.WriteLog("warn", 3));
-    ASSERT_EQ(p.events.entries.size(), 3u);
-    EXPECT_EQ(p.events.entries[1].id, 0u);
-    EXPECT_EQ(p.events.entries[2].id, 0x80000002u);
-    EXPECT_TRUE(logger.WriteLogEx({"a", "b", "c"}, 2, 2));
-    EXPECT_EQ(p.events.entries.back().text, "a\nb");
 }
 
 }  // namespace

@@ -25,6 +25,16 @@ std::string saved(TestProgram& p, Options o, const std::string& file) {
     return read_file(p->program_file(file));
 }
 
+const Options& load(TestProgram& p, const std::string& optionFile) {
+    write_file(p->run.strOptionFile, optionFile);
+    fkt_loadoptionfile(*p);
+    return p->opt;
+}
+
+std::string savetoggle(TestProgram& p, const char* key = "savetoggle") {
+    return clsINI(p->run.strOptionFile).GetKeyValue("file", key);
+}
+
 TEST(Options, MissingFileReadsAsDefaultsAndResetsSavetoggle) {
     for (const char* region : {"de-DE", "en-US"}) {
         SCOPED_TRACE(region);
@@ -38,76 +48,53 @@ TEST(Options, MissingFileReadsAsDefaultsAndResetsSavetoggle) {
         EXPECT_EQ(o.listseparator, de ? ";" : ",");
         EXPECT_EQ(o.decseparator, de ? "," : ".");
         EXPECT_EQ(o.dateseparator, de ? "." : "/");
-        EXPECT_EQ(o.timeseparator, ":");
-        EXPECT_EQ(o.bLoggedIn, kTrue);
-        // The load writes savetoggle=0, which creates the file.
-        EXPECT_EQ(clsINI(p->run.strOptionFile).GetKeyValue("file", "savetoggle"), "0");
+        EXPECT_EQ(savetoggle(p), "0");  // the load writes it, which creates the file
     }
 }
 
-TEST(Options, ValuesAreReadWithTheirTypes) {
+TEST(Options, ValuesAreReadWithTheirTypesCutsAndOverrides) {
     TestProgram p;
-    write_file(p->run.strOptionFile,
-               "[start]\nalleventmsg=1\nsheduler=3abc\nday=x\nhour=07\n"
-               "[file]\nalleventmsg=0\ntargetpath=/out/$YYYY\nbinfilemodus=2\n"
-               "targetnameformat=>  $O_$S\nmeasurementsinclusive=0\nalarminclusive=-5\n"
-               "messageinclusive=abc\nprinter=lp\nprintfile=1\nprintfile2=1\nsavetoggle=1\n"
-               "[userdefined]\nChannels=1|3||ALL\ndecseparator=.\n");
-    fkt_loadoptionfile(*p);
-    const Options& o = p->opt;
+    const Options& o =
+        load(p,
+             "[start]\nalleventmsg=1\nsheduler=3abc\nday=x\n[file]\nalleventmsg=0\n"
+             "targetnameformat=>  $O_$S\nalarminclusive=-5\nmessageinclusive=abc\n"
+             "printer=lp\nprintfile=1\nprintfile2=1\n[userdefined]\nChannels=1|3||ALL\n");
     EXPECT_EQ(o.alleventmsg, kFalse);  // [file] is read later and wins
     EXPECT_EQ(o.sheduler, 3);
     EXPECT_EQ(o.day, 0);
-    EXPECT_EQ(o.hour, "07");
-    EXPECT_EQ(o.targetpathRaw, "/out/$YYYY");
-    EXPECT_EQ(o.targetpath, "/out/$YYYY");
-    EXPECT_EQ(o.binfilemodus, 2);
     EXPECT_EQ(o.targetnameformat, "  $O_$S");
-    EXPECT_EQ(o.measurementsinclusive, kFalse);
     EXPECT_EQ(o.alarminclusive, kTrue);  // any non-zero number
     EXPECT_EQ(o.messageinclusive, kFalse);
     EXPECT_EQ(o.printfile, kTrue);
     EXPECT_EQ(o.printfile2, kFalse);  // empty printer2 clears its flag
     EXPECT_EQ(o.vChannelList, (std::vector<std::string>{"1", "3", "", "ALL"}));
-    EXPECT_EQ(o.decseparator, ".");
-    EXPECT_EQ(clsINI(p->run.strOptionFile).GetKeyValue("file", "savetoggle"), "0");
-}
 
-TEST(Options, HandEditedFormatLosesItsFirstCharacter) {
-    TestProgram p;
-    write_file(p->run.strOptionFile, "[file]\ntargetnameformat=$O\n");
-    fkt_loadoptionfile(*p);
-    EXPECT_EQ(p->opt.targetnameformat, "O");
-}
+    // A hand-edited name format loses its first character; a reload leaves nothing standing.
+    EXPECT_EQ(load(p, "[file]\ntargetnameformat=$O\n").targetnameformat, "O");
+    EXPECT_TRUE(o.vChannelList.empty());
 
-TEST(Options, ChannelsAreCutByTheReadBuffer) {
-    TestProgram p;
+    // Channels are cut by the read buffer.
     std::string channels;
     for (int i = 0; i < 400; ++i) channels += std::to_string(i % 10) + "|";
-    write_file(p->run.strOptionFile, "[userdefined]\nChannels=" + channels + "\n");
-    fkt_loadoptionfile(*p);
-    EXPECT_EQ(p->opt.Channels.size(), 699u);
-    EXPECT_EQ(p->opt.vChannelList.size(), 350u);
-}
+    load(p, "[userdefined]\nChannels=" + channels + "\n");
+    EXPECT_EQ(o.Channels.size(), 699u);
+    EXPECT_EQ(o.vChannelList.size(), 350u);
 
-TEST(Options, FdaModeOverridesFormatPrintAndDelete) {
-    TestProgram p;
+    // FDA mode overrides the format, printing and deletion.
     p->run.bFda = kTrue;
-    write_file(p->run.strOptionFile, "[file]\ntargetformat=1\nprintfile=0\nprinter=\n");
-    fkt_loadoptionfile(*p);
-    EXPECT_EQ(p->opt.targetformat, 2);
-    EXPECT_EQ(p->opt.printfile, kTrue);
-    EXPECT_EQ(p->opt.delreportfile, kTrue);
+    load(p, "[file]\ntargetformat=1\nprintfile=0\nprinter=\n");
+    EXPECT_EQ(o.targetformat, 2);
+    EXPECT_EQ(o.printfile, kTrue);
+    EXPECT_EQ(o.delreportfile, kTrue);
 }
 
 TEST(Options, OverflowEndsTheLoadWithWhatWasReadStanding) {
     TestProgram p;
-    write_file(p->run.strOptionFile,
-               "[start]\nsheduler=4\nday=99999999999\nhour=9\n[file]\nfileextension=txt\n");
-    fkt_loadoptionfile(*p);
-    EXPECT_EQ(p->opt.sheduler, 4);
-    EXPECT_EQ(p->opt.hour, "1");  // never reached
-    EXPECT_EQ(p->opt.fileextension, "csv");
+    const Options& o =
+        load(p, "[start]\nsheduler=4\nday=99999999999\nhour=9\n[file]\nfileextension=txt\n");
+    EXPECT_EQ(o.sheduler, 4);
+    EXPECT_EQ(o.hour, "1");  // never reached
+    EXPECT_EQ(o.fileextension, "csv");
     const std::string log = read_file(p->program_file("error.log"));
     EXPECT_NE(
         log.find("fkt_loadoptionfile() ; Errorsource: qumbrel; Errornumber: 6; Errorline: 3;"),
@@ -118,95 +105,37 @@ TEST(Options, OverflowEndsTheLoadWithWhatWasReadStanding) {
 
 TEST(Options, HugeOptionFileIsReportedAndGivesDefaults) {
     TestProgram p;
-    write_file(p->run.strOptionFile, "[file]\nfileextension=txt\n" + std::string(5 << 20, ';'));
-    fkt_loadoptionfile(*p);
-    EXPECT_EQ(p->opt.fileextension, "csv");
+    EXPECT_EQ(load(p, "[file]\nfileextension=txt\n" + std::string(5 << 20, ';')).fileextension,
+              "csv");
     EXPECT_NE(read_file(p->program_file("error.log")).find("Option file larger than"),
               std::string::npos);
 }
 
-// The name format keeps a leading blank behind its guard; savetoggle tells of a new save.
-TEST(Options, SaveSetsTheToggleAndGuardsTheNameFormat) {
-    TestProgram p;
-    Options v;
-    v.targetnameformat = " $O";
-    ASSERT_TRUE(fkt_saveoption_run(*p, v));
-    ASSERT_TRUE(fkt_saveoption_settings(*p, v));
-    clsINI ini(p->run.strOptionFile);
-    EXPECT_EQ(ini.GetKeyValue("file", "targetnameformat"), "> $O");
-    EXPECT_EQ(ini.GetKeyValue("file", "savetoggle"), "1");
-    EXPECT_TRUE(fkt_reloadoptions(*p));
-    EXPECT_EQ(p->opt.targetnameformat, " $O");
-    EXPECT_FALSE(fkt_reloadoptions(*p));  // the load reset savetoggle
-
-    v.language = "/y/deutsch.lng";
-    ASSERT_TRUE(fkt_saveoption_prgsettings(*p, v));
-    EXPECT_TRUE(fkt_reloadoptions(*p));
-    EXPECT_EQ(p->opt.language, "/y/deutsch.lng");
-}
-
 // Every key a page saves is read back under the same name into the same option, and
-// the pages write nothing beyond their own keys.
+// the pages write nothing beyond their own keys. The name format keeps a leading blank
+// behind its guard; savetoggle tells of a new save.
 TEST(Options, EachPageWritesExactlyItsKeysAndTheyReadBack) {
     TestProgram p;
-    const Options v{.alleventmsg = kTrue,
-                    .sheduler = 7,
-                    .day = 5,
-                    .hour = "13",
-                    .minute = "45",
-                    .autostart = 1,
-                    .filetyp = 3,
-                    .filetypuserdef = "*.kle",
-                    .sourcepath = "/src",
-                    .targetpath = "/t/2024",  // composed: never written
-                    .targetpathRaw = "/t/$YYYY",
-                    .targetpathsourcefile = "/moved/01",
-                    .targetpathsourcefileRaw = "/moved/$MM",
-                    .binfilemodus = 2,
-                    .noconversion = 1,
-                    .targetformat = 3,
-                    .excelsourcefile = "/tpl/a.xltx",
-                    .runexcelmakro = 1,
-                    .targetname = 1,
-                    .targetnameformat = "$S_$O",
-                    .fileextension = "txt",
-                    .sourcenamesametarget = "1",
-                    .row = "4",
-                    .col = "2",
-                    .userdef1 = "u1",
-                    .userdef2 = "u2",
-                    .userdef3 = "u3",
-                    .userdef4 = "u4",
-                    .measurementsinclusive = kFalse,
-                    .alarminclusive = kTrue,
-                    .messageinclusive = kTrue,
-                    .ctrleventinclusive = kTrue,
-                    .pveventinclusive = kTrue,
-                    .operatinloginclusive = kTrue,
-                    .signatureinclusive = kTrue,
-                    .scaleinfoinclusive = kTrue,
-                    .almlsuffix = "_alm",
-                    .excelsourcefilealarmseparate = "1",
-                    .excelsourcefilealarm = "/tpl/b.xltx",
-                    .language = "/l/english.lng",
-                    .printfile = kTrue,
-                    .printfile2 = kTrue,
-                    .printer = "p1",
-                    .printer2 = "p2",
-                    .printerorientationland = 1,
-                    .delreportfile = kTrue,
-                    .printpage = "1|2",
-                    .Channels = "3|5",
-                    .vChannelList = {},
-                    .TimeSelect = "1",
-                    .TimeStart = "08:00",
-                    .TimeStop = "09:00",
-                    .listseparator = "#",
-                    .decseparator = {},
-                    .thousseparator = {},
-                    .dateseparator = {},
-                    .timeseparator = {},
-                    .strProtectionPassword = {}};  // the separators are written by no page
+    // The composed paths are never written; the separators are written by no page.
+    // clang-format off
+    Options v{.alleventmsg = kTrue, .sheduler = 7, .day = 5, .hour = "13", .minute = "45",
+        .autostart = 1, .filetyp = 3, .filetypuserdef = "*.kle", .sourcepath = "/src",
+        .targetpath = "/t/2024", .targetpathRaw = "/t/$YYYY", .targetpathsourcefile = "/moved/01",
+        .targetpathsourcefileRaw = "/moved/$MM", .binfilemodus = 2, .noconversion = 1,
+        .targetformat = 3, .excelsourcefile = "/tpl/a.xltx", .runexcelmakro = 1, .targetname = 1,
+        .targetnameformat = " $S_$O", .fileextension = "txt", .sourcenamesametarget = "1",
+        .row = "4", .col = "2", .userdef1 = "u1", .userdef2 = "u2", .userdef3 = "u3",
+        .userdef4 = "u4", .measurementsinclusive = kFalse, .alarminclusive = kTrue,
+        .messageinclusive = kTrue, .ctrleventinclusive = kTrue, .pveventinclusive = kTrue,
+        .operatinloginclusive = kTrue, .signatureinclusive = kTrue, .scaleinfoinclusive = kTrue,
+        .almlsuffix = "_alm", .excelsourcefilealarmseparate = "1",
+        .excelsourcefilealarm = "/tpl/b.xltx", .language = "/l/english.lng", .printfile = kTrue,
+        .printfile2 = kTrue, .printer = "p1", .printer2 = "p2", .printerorientationland = 1,
+        .delreportfile = kTrue, .printpage = "1|2", .Channels = "3|5", .vChannelList = {},
+        .TimeSelect = "1", .TimeStart = "08:00", .TimeStop = "09:00", .listseparator = "#",
+        .decseparator = {}, .thousseparator = {}, .dateseparator = {}, .timeseparator = {},
+        .strProtectionPassword = {}};
+    // clang-format on
     const std::string first = saved(p, v, "first.ini");
     ASSERT_TRUE(fkt_saveoption_run(*p, v));
     ASSERT_TRUE(fkt_saveoption_settings(*p, v));
@@ -220,34 +149,26 @@ TEST(Options, EachPageWritesExactlyItsKeysAndTheyReadBack) {
     const Keys fileKeys = ini.GetKeysInSection("file");
     EXPECT_EQ(fileKeys.size(), 39u);  // the section's table less savetogglesvc
     EXPECT_EQ(std::count(fileKeys.begin(), fileKeys.end(), "savetogglesvc"), 0);
-    EXPECT_EQ(ini.GetKeyValue("file", "targetpath"), "/t/$YYYY");
+    EXPECT_EQ(ini.GetKeyValue("file", "targetnameformat"), "> $S_$O");
+    EXPECT_EQ(savetoggle(p), "1");
 
     ASSERT_TRUE(ini.CreateKeyValue("userdefined", "timeseparator", "."));
-    fkt_loadoptionfile(*p);
+    EXPECT_TRUE(fkt_reloadoptions(*p));
+    EXPECT_FALSE(fkt_reloadoptions(*p));  // the load reset savetoggle
     const Options& o = p->opt;
     EXPECT_EQ(saved(p, o, "second.ini"), first);  // every saved option came back
+    EXPECT_EQ(o.targetnameformat, " $S_$O");
     EXPECT_EQ(o.targetpath, "/t/$YYYY");
-    EXPECT_EQ(o.targetpathsourcefile, "/moved/$MM");
     EXPECT_EQ(o.language, "/l/english.lng");
-    EXPECT_EQ(o.vChannelList, (Keys{"3", "5"}));
-    EXPECT_EQ(o.listseparator, ";");
     EXPECT_EQ(o.timeseparator, ".");
 
-    // A reload of the emptied file brings every option back to its default.
-    write_file(p->run.strOptionFile, "");
-    fkt_loadoptionfile(*p);
-    EXPECT_EQ(saved(p, o, "reset.ini"), saved(p, Options{}, "defaults.ini"));
-    EXPECT_EQ(o.targetpath, "");  // composed, never saved
-    EXPECT_TRUE(o.vChannelList.empty());
-    EXPECT_EQ(o.timeseparator, ":");
-}
-
-TEST(Options, SetSavetoggleTellsTheService) {
-    TestProgram p;
-    ASSERT_TRUE(fkt_setsavetoggle(*p));
-    clsINI ini(p->run.strOptionFile);
-    EXPECT_EQ(ini.GetKeyValue("file", "savetoggle"), "1");
-    EXPECT_EQ(ini.GetKeyValue("file", "savetogglesvc"), "1");
+    v.language = "/y/deutsch.lng";
+    ASSERT_TRUE(fkt_saveoption_prgsettings(*p, v));
+    EXPECT_TRUE(fkt_reloadoptions(*p));
+    EXPECT_EQ(o.language, "/y/deutsch.lng");
+    ASSERT_TRUE(fkt_setsavetoggle(*p));  // also tells the service
+    EXPECT_EQ(savetoggle(p), "1");
+    EXPECT_EQ(savetoggle(p, "savetogglesvc"), "1");
 }
 
 TEST(Options, UnwritableOptionFileIsReportedBySave) {
@@ -258,39 +179,16 @@ TEST(Options, UnwritableOptionFileIsReportedBySave) {
 }
 
 TEST(Options, ProtectionValue) {
-    Options o;
-    apply_protection_value(o, "");  // absent: the default, protection off
-    EXPECT_EQ(o.bLoggedIn, kTrue);
-    // seconds "42", "geheimnis" as hex pairs, then "001".
-    apply_protection_value(o,
-                           "42"
-                           "67656865696d6e6973"
-                           "001");
-    EXPECT_EQ(o.bLoggedIn, kFalse);
-    EXPECT_EQ(o.strProtectionPassword, "geheimnis");
-    apply_protection_value(o,
-                           "42"
-                           "67656865696d6e6973"
-                           "000");
-    EXPECT_EQ(o.bLoggedIn, kTrue);
-    EXPECT_EQ(o.strProtectionPassword, "");
-    // Shorter than 20 characters counts as the default, even with a last "1".
-    apply_protection_value(o,
-                           "42"
-                           "616263"
-                           "001");
-    EXPECT_EQ(o.bLoggedIn, kTrue);
-
+    // Read from the registry store: seconds "07", "geheimnis" as hex pairs, then "001".
     TestProgram p;
     RegistryStore reg(p->program_file("registry.ini"));
-    ASSERT_EQ(reg.SetRegString(kProtectionKey, kProtectionValue,
-                               "07"
-                               "67656865696d6e6973"
-                               "001"),
-              "");
+    ASSERT_EQ(reg.SetRegString(kProtectionKey, kProtectionValue, "0767656865696d6e6973001"), "");
     fkt_loadoptionfile(*p);
     EXPECT_EQ(p->opt.bLoggedIn, kFalse);
     EXPECT_EQ(p->opt.strProtectionPassword, "geheimnis");
+    // Shorter than 20 characters counts as the default, even with a last "1".
+    apply_protection_value(p->opt, "42616263001");
+    EXPECT_EQ(p->opt.bLoggedIn, kTrue);
 }
 
 }  // namespace

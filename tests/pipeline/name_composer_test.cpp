@@ -36,34 +36,23 @@ struct Composer : ::testing::Test {
 };
 
 TEST_F(Composer, ExpandsElementsAndFiltersIllegalCharacters) {
+    // clang-format off
     const std::vector<std::pair<std::string, std::string>> names{
-        {"$YYYY$MM$DD", "20070309"},
-        {"$YY$", "07$"},
-        {"$CC", ""},
-        {"$C", "3"},
-        {"$C1-$1", "first-Ofen"},
-        {"$Y", "$Y"},
-        {"$YYY", "Y07"},
-        {"$LL", "7L"},  // L takes no further character
-        {"$5x", "$5x"},
-        {"$HH$mm$SS_$S", "120503_S4711"},
-        {"$D$M$H$m$D1$Y20", ""},  // keys with no element vanish
-        {"$12", "Ofen2"},
-        {"$O_$B", "VT000123_Batch"},
-        {"", ""},
-        {"$", "$"},
-        {"$YYYY:$MM", "2007_03"},
-    };
+        {"$YYYY$MM$DD", "20070309"}, {"$YY$", "07$"}, {"$CC", ""}, {"$C", "3"},
+        {"$C1-$1", "first-Ofen"}, {"$Y", "$Y"}, {"$YYY", "Y07"},
+        {"$LL", "7L"} /* L takes no further character */, {"$5x", "$5x"},
+        {"$HH$mm$SS_$S", "120503_S4711"}, {"$D$M$H$m$D1$Y20", ""} /* no element: vanish */,
+        {"$12", "Ofen2"}, {"$O_$B", "VT000123_Batch"}, {"", ""}, {"$", "$"},
+        {"$YYYY:$MM", "2007_03"}};
+    // clang-format on
     for (const auto& [format, expected] : names) EXPECT_EQ(name(format), expected) << format;
     EXPECT_EQ(path("/out/$YYYY/$MM"), "/out/2007/03");
-
     const std::vector<std::tuple<std::string, Flag, std::string>> filtered{
         {"a:b/c", kFalse, "a_b_c"},  {"a:b/c", kTrue, "a_b/c"},           {"D:", kTrue, "D_"},
         {"D:/x:y", kTrue, "D:/x_y"}, {"a\\b*?\"<>|", kTrue, "a_b______"},
     };
     for (const auto& [text, isPath, expected] : filtered)
         EXPECT_EQ(fkt_filterillegal(text, isPath), expected) << text;
-
     // targetname 0 gives element O whatever the format.
     p->opt.targetname = 0;
     EXPECT_EQ(name("$YYYY"), "VT000123");
@@ -81,14 +70,12 @@ TEST_F(Composer, ConvertFilenameSetsOAndCAndKeepsOthersForKl) {
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(std::tie(e.ti_O, e.ti_C, e.ti_YYYY), std::tuple("abc7", "7", "2024"));
     EXPECT_EQ(p.host.lines.size(), 1u);
-
     // KL has no elements function: the previous file's date stands.
     fkt_convertfilename(*p, "/in/kl01.KLE");
     EXPECT_EQ(calls, 1);
     EXPECT_EQ(std::tie(e.ti_O, e.ti_YYYY), std::tuple("kl01", "2024"));
     fkt_convertfilename(*p, "/in/notes.txt");
     EXPECT_EQ(std::tie(e.ti_O, e.ti_YYYY), std::tuple("notes", "2024"));
-
     // A failing family function ends the function at its third step: O and C stay.
     family_table(*p).vt.fileElements = [](Program&, const std::string&) {
         throw std::runtime_error("unreadable");

@@ -37,13 +37,11 @@ TEST_F(Register, OnlyTheLastRecordDecides) {
     write_file(file, body);
     EXPECT_TRUE(has("first.ogd"));
     EXPECT_TRUE(has("last.ogd"));
-
     // 30001 bytes: only the record holding the last byte decides.
     write_file(file, body + "x");
     EXPECT_FALSE(has("first.ogd"));
     EXPECT_FALSE(has("last.ogd"));
     EXPECT_TRUE(has("x"));
-
     // A name cut by a record's edge is not found.
     std::string edge = std::string(29996, '.') + "cut.ogd" + std::string(100, '.');
     write_file(file, edge);

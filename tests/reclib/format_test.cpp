@@ -54,9 +54,8 @@ TEST(Format, DamageComesFromTheChecksumOrTheHeaderField) {
 
 TEST(Format, ForeignAndNewerFilesAreRefused) {
     ParsedFile p;
-    const std::vector<std::uint8_t> empty;
+    const std::vector<std::uint8_t> empty, text(100, 'x');
     EXPECT_EQ(parse(empty, p), ParseStatus::NotRecorderFile);
-    std::vector<std::uint8_t> text(100, 'x');
     EXPECT_EQ(parse(text, p), ParseStatus::NotRecorderFile);
     auto bytes = encode(sample_file(Family::VU, Kind::Event));
     bytes[8] = 2;  // major version 2
@@ -104,8 +103,7 @@ TEST(Format, TruncatedAndBitFlippedCorpus) {
         Prng rng(7);
         for (int k = 0; k < 3000; ++k) {
             auto bad = good;
-            const int flips = rng.range(1, 4);
-            for (int f = 0; f < flips; ++f) {
+            for (int f = rng.range(1, 4); f > 0; --f) {
                 const auto at = static_cast<std::size_t>(rng.next() % bad.size());
                 bad[at] ^= static_cast<std::uint8_t>(1u << rng.range(0, 7));
             }
@@ -168,10 +166,7 @@ TEST(Format, Int16ChannelsSaturateOnWrite) {
 }
 
 TEST(Civil, EpochLeapYearsAndTheEndOf32Bits) {
-    const struct {
-        std::int64_t s;
-        CivilTime t;
-    } cases[] = {
+    const std::pair<std::int64_t, CivilTime> cases[] = {
         {0, {1970, 1, 1, 0, 0, 0}},
         {68169600, {1972, 2, 29, 0, 0, 0}},
         {951868800, {2000, 3, 1, 0, 0, 0}},
@@ -179,32 +174,20 @@ TEST(Civil, EpochLeapYearsAndTheEndOf32Bits) {
         {-86400, {1969, 12, 31, 0, 0, 0}},
         {2147483647, {2038, 1, 19, 3, 14, 7}},
     };
-    for (const auto& c : cases) {
-        const CivilTime t = to_civil(c.s);
-        EXPECT_EQ(std::vector({t.year, t.month, t.day, t.hour, t.minute, t.second}),
-                  std::vector({c.t.year, c.t.month, c.t.day, c.t.hour, c.t.minute, c.t.second}))
-            << c.s;
-        EXPECT_EQ(from_civil(c.t), c.s);
+    auto fields = [](const CivilTime& t) {
+        return std::vector({t.year, t.month, t.day, t.hour, t.minute, t.second});
+    };
+    for (const auto& [s, t] : cases) {
+        EXPECT_EQ(fields(to_civil(s)), fields(t)) << s;
+        EXPECT_EQ(from_civil(t), s);
     }
-}
-
-TEST(Simulate, TimesFollowTheIntervalInFamilyTicks) {
-    SimOptions o{.samples = 5, .intervalMs = 375, .startSeconds = 86399};
-    RecorderFile vt = simulate(o);
-    EXPECT_EQ(vt.seconds, std::vector<std::int32_t>({86399, 86399, 86399, 86400, 86400}));
-    EXPECT_EQ(vt.ticks, std::vector<std::int32_t>({0, 3, 6, 1, 4}));  // eighths
-    o.family = Family::VU;
-    EXPECT_EQ(simulate(o).ticks,
-              std::vector<std::int32_t>({0, 375, 750, 125, 500}));  // milliseconds
 }
 
 // recsim's tests show the refusals; these are the sizes that only some families allow.
 TEST(Simulate, CheckAllowsWhatTheFamilyHolds) {
-    EXPECT_NE(check({.channels = 31}), "");
     EXPECT_EQ(check({.family = Family::VU, .channels = 31}), "");  // VU has room for more
     EXPECT_NE(check({.family = Family::VU, .channels = 31, .samples = kSimMaxSamples + 1}), "");
     EXPECT_NE(check({.intervalMs = 0}), "");
-    EXPECT_NE(check({.kind = Kind::Tlog}), "");
     EXPECT_EQ(check({.family = Family::KL, .kind = Kind::Tlog}), "");
 }
 

@@ -4,12 +4,10 @@
 // sees it, without the program's loader.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstdlib>
-#include <filesystem>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -19,7 +17,9 @@
 
 #include "reclib/civil.h"
 #include "reclib/model.h"
+#include "reclib/simulate.h"
 #include "reclib/writer.h"
+#include "tests/support/test_support.h"
 
 #include "recorder/abi/hn.h"
 #include "recorder/abi/kl.h"
@@ -29,25 +29,21 @@
 
 namespace qumbrel::testing {
 
-class Dl {
-  public:
-    explicit Dl(const std::string& libraryName) {
-        const std::string path = std::string(QUMBREL_BIN_DIR) + "/lib" + libraryName + ".so";
-        handle_ = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-        if (!handle_) throw std::runtime_error("cannot load " + path);
+// A library opened by name, closed with its owner.
+struct Dl {
+    std::unique_ptr<void, int (*)(void*)> handle;
+    explicit Dl(const std::string& name)
+        : handle(::dlopen((std::string(QUMBREL_BIN_DIR) + "/lib" + name + ".so").c_str(),
+                          RTLD_NOW | RTLD_LOCAL),
+                 ::dlclose) {
+        if (!handle) throw std::runtime_error("cannot load lib" + name + ".so");
     }
-    ~Dl() { ::dlclose(handle_); }
-    Dl(const Dl&) = delete;
-    Dl& operator=(const Dl&) = delete;
     template <class F>
     F sym(const char* name) const {
-        void* p = ::dlsym(handle_, name);
+        void* p = ::dlsym(handle.get(), name);
         if (!p) throw std::runtime_error(std::string("missing symbol ") + name);
         return reinterpret_cast<F>(p);
     }
-
-  private:
-    void* handle_ = nullptr;
 };
 
 #define QUMBREL_TEST_MEMBER(name) name##_fn name = dl.sym<name##_fn>(#name);
@@ -65,20 +61,21 @@ QUMBREL_TEST_API(HnApi, QUMBREL_HN_FUNCTIONS, abi::kHnLibraryName)
 #undef QUMBREL_TEST_API
 #undef QUMBREL_TEST_MEMBER
 
-// A fixed-width field exactly as the library filled it, all `N` bytes.
-template <int N>
+// A library call that must succeed.
+#define ASSERT_OK(expr) ASSERT_EQ(expr, abi::kOk)
+
+// A fixed-width field exactly as the library filled it, all its bytes.
 struct Text {
-    char b[N];
-    Text() { std::fill(b, b + N, '#'); }  // the library must overwrite every byte
-    operator char*() { return b; }
-    std::string raw() const { return std::string(b, N); }
+    std::string b;
+    explicit Text(int width) : b(width, '#') {}  // the library must overwrite every byte
+    operator char*() { return b.data(); }
+    std::string raw() const { return b; }
     // The text before the zero padding; checks that the padding is all zero.
     std::string str() const {
-        std::string s = raw();
-        const auto end = s.find('\0');
-        if (end == std::string::npos) return s;
-        if (s.find_first_not_of('\0', end) != std::string::npos) return "<bad padding>";
-        return s.substr(0, end);
+        const auto end = b.find('\0');
+        if (end == std::string::npos) return b;
+        if (b.find_first_not_of('\0', end) != std::string::npos) return "<bad padding>";
+        return b.substr(0, end);
     }
 };
 
@@ -88,8 +85,7 @@ std::vector<int> ints(const T* p, int n) {
     return std::vector<int>(p, p + n);
 }
 
-// Fields from "name=value|name=value": whole numbers as int, other numbers as double,
-// the rest as text.
+// Fields from "name=value|name=value": whole numbers as int, the rest as text.
 inline reclib::Fields& put(reclib::Fields& f, std::string_view text) {
     while (!text.empty()) {
         const std::string item(text.substr(0, text.find('|')));
@@ -100,11 +96,6 @@ inline reclib::Fields& put(reclib::Fields& f, std::string_view text) {
         const long n = std::strtol(value.c_str(), &end, 10);
         if (!value.empty() && *end == '\0') {
             f.set(name, static_cast<std::int32_t>(n));
-            continue;
-        }
-        const double d = std::strtod(value.c_str(), &end);
-        if (!value.empty() && *end == '\0') {
-            f.set(name, d);
         } else {
             f.set(name, value);
         }
@@ -116,10 +107,24 @@ inline reclib::Fields rec(std::string_view text) {
     return put(f, text);
 }
 
+// A simulated file with batch data and `header`'s fields on top: the per-family scenarios.
+inline reclib::RecorderFile scenario(reclib::Family family, reclib::Kind kind, int channels,
+                                     int math, int samples, int intervalMs,
+                                     std::string_view header) {
+    auto f = reclib::simulate({.family = family,
+                               .kind = kind,
+                               .channels = channels,
+                               .mathChannels = math,
+                               .samples = samples,
+                               .intervalMs = intervalMs,
+                               .batch = true});
+    put(f.header, header);
+    return f;
+}
+
 // `N` out-parameters at p[0] .. p[N-1], spliced into a `call`.
 template <std::size_t N>
 struct Out {
-    static constexpr std::size_t kCount = N;
     std::int32_t* p;
 };
 template <std::size_t N>
@@ -127,17 +132,18 @@ Out<N> out(std::int32_t* p) {
     return {p};
 }
 template <class T>
-auto arg(T& a) {
-    if constexpr (requires { T::kCount; }) {
-        return [&]<std::size_t... I>(std::index_sequence<I...>) {
-            return std::tuple(a.p + I...);
-        }
-        (std::make_index_sequence<T::kCount>{});
-    } else if constexpr (requires { a.raw(); }) {
-        return std::tuple<char*>(a);
-    } else {
-        return std::tuple<T>(a);
+std::tuple<T> arg(T a) {
+    return {a};
+}
+inline std::tuple<char*> arg(Text& t) {
+    return {t};
+}
+template <std::size_t N>
+auto arg(Out<N> a) {
+    return [&]<std::size_t... I>(std::index_sequence<I...>) {
+        return std::tuple(a.p + I...);
     }
+    (std::make_index_sequence<N>{});
 }
 // f(args...) with every Out<N> expanded to its N pointers.
 template <class F, class... A>
@@ -159,41 +165,24 @@ void expect_dates(F toDateTime) {
     }
 }
 
-// A temporary folder for written recorder files, removed afterwards.
-class RecFiles {
-  public:
-    RecFiles() {
-        static std::atomic<int> serial{0};
-        dir_ = std::filesystem::temp_directory_path() /
-               ("reclib_" + std::to_string(::getpid()) + "_" + std::to_string(serial++));
-        std::filesystem::create_directories(dir_);
-    }
-    ~RecFiles() {
-        std::error_code ec;
-        std::filesystem::remove_all(dir_, ec);
-    }
-    RecFiles(const RecFiles&) = delete;
-    RecFiles& operator=(const RecFiles&) = delete;
-    std::string write(const reclib::RecorderFile& f, const char* name, bool damaged = false) {
-        const auto path = (dir_ / name).string();
-        std::string error;
-        if (!reclib::write_file(f, path, {.damaged = damaged}, &error)) {
-            throw std::runtime_error(error);
-        }
-        return path;
-    }
-    std::filesystem::path dir() const { return dir_; }
-
-  private:
-    std::filesystem::path dir_;
-};
-
-// The fixture of the per-family tests: the library and a folder for its files.
+// The fixture of the per-family tests: the library, a folder for its files, a handle,
+// out-parameters, and a buffer for the texts a test does not look at.
 template <class Api>
 class Capi : public ::testing::Test {
   protected:
+    // `f` written into the folder; its path.
+    std::string write(const reclib::RecorderFile& f, const char* name, bool damaged = false) {
+        std::string error;
+        if (!reclib::write_file(f, dir.file(name), {.damaged = damaged}, &error)) {
+            throw std::runtime_error(error);
+        }
+        return dir.file(name);
+    }
     Api api;
-    RecFiles files;
+    TempDir dir;
+    std::int32_t h = 0, x[34] = {};
+    double lo = 0, hi = 0;
+    Text any{64};
 };
 
 }  // namespace qumbrel::testing

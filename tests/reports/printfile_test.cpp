@@ -1,6 +1,6 @@
 // PrintFile, PrintFile2 and the report's print status lines against a print service
-// double that records what it is asked. The real queues are printed to in
-// tests/platform/cups_print_test.cpp.
+// double that records what it is asked. The real queues, with the lines and orientation
+// each job gets, are printed to in tests/platform/cups_print_test.cpp.
 #include <gtest/gtest.h>
 
 #include "frame/errors.h"
@@ -10,37 +10,29 @@
 namespace qumbrel {
 namespace {
 
-struct Printed {
-    std::string printer;
-    PageOrientation orientation;
-    std::vector<std::string> lines;
-    bool ended = false;
-};
+using Lines = std::vector<std::string>;
 
+// Logs each job as its printer and orientation, its lines, and "end".
 class FakePrinters : public PrinterSystem {
   public:
     bool down = false;
-    std::vector<Printed> jobs;
+    Lines log;
 
-    class Job : public PrintJob {
-      public:
-        explicit Job(Printed& p) : p_(p) {}
-        void print_line(std::string_view line) override { p_.lines.emplace_back(line); }
-        void end() override { p_.ended = true; }
-
-      private:
-        Printed& p_;
+    struct Job : PrintJob {
+        explicit Job(Lines& log) : log(log) {}
+        void print_line(std::string_view line) override { log.emplace_back(line); }
+        void end() override { log.push_back("end"); }
+        Lines& log;
     };
 
-    std::vector<std::string> printers() override {
+    Lines printers() override {
         if (down) throw VbError(kPrinterError, "CUPS: the print service is not running");
         return {"Laser A", "Matrix B"};
     }
     std::unique_ptr<PrintJob> start_job(const std::string& printer, PageOrientation o,
                                         const std::string&) override {
-        jobs.reserve(8);
-        jobs.push_back({printer, o, {}, false});
-        return std::make_unique<Job>(jobs.back());
+        log.push_back(printer + (o == PageOrientation::Landscape ? " landscape" : " portrait"));
+        return std::make_unique<Job>(log);
     }
     DefaultPrinter default_printer() override { return {"Laser A", false}; }
     void set_default(const std::string&) override { ADD_FAILURE() << "default changed"; }
@@ -61,74 +53,56 @@ class PrintFileTest : public ::testing::Test {
     testing::TestProgram tp;
     std::shared_ptr<FakePrinters> fake = std::make_shared<FakePrinters>();
     std::string report = tp.dir.file("report.tmp");
+    const Lines job = {"Recorder;VT210;", "Date;Time;", "1;2;3;"};
 };
 
-TEST_F(PrintFileTest, PrintsEachLineOnTheNamedPrinterAndRestoresTheCurrentOne) {
-    tp->opt.printer = "Matrix B";
-    PrintFile(*tp, report, 2);
-    ASSERT_EQ(fake->jobs.size(), 1u);
-    EXPECT_EQ(fake->jobs[0].printer, "Matrix B");
-    EXPECT_EQ(fake->jobs[0].orientation, PageOrientation::Landscape);
-    EXPECT_EQ(fake->jobs[0].lines,
-              (std::vector<std::string>{"Recorder;VT210;", "Date;Time;", "1;2;3;"}));
-    EXPECT_TRUE(fake->jobs[0].ended);
-    EXPECT_EQ(tp.host.pumps, 3);  // pending events run between lines
-    EXPECT_EQ(tp->state<PrintState>().current, "Laser A");
-    EXPECT_EQ(error_log(), "");
-}
-
-TEST_F(PrintFileTest, MissingOrEmptyPrinterPrintsNothingAndSaysNothing) {
+TEST_F(PrintFileTest, NoPrinterOrAnEmptyReportPrintsNothingAndSaysNothing) {
     tp->opt.printer = "";
     PrintFile(*tp, report, 1);
     tp->opt.printer = "laser a";  // names compare exactly
     PrintFile(*tp, report, 1);
     tp->opt.printer2 = "Gone";
     PrintFile2(*tp, report, 1);
-    tp->state<PrintState>().system.reset();  // no print service at all
+    // An empty report starts no job: a print server refuses an empty document.
     tp->opt.printer = "Laser A";
+    testing::write_file(tp.dir.file("empty.tmp"), "");
+    PrintFile(*tp, tp.dir.file("empty.tmp"), 1);
+    tp->state<PrintState>().system.reset();  // no print service at all
     PrintFile(*tp, report, 1);
-    EXPECT_TRUE(fake->jobs.empty());
+    EXPECT_EQ(fake->log, Lines{});
     EXPECT_EQ(error_log(), "");
     EXPECT_TRUE(tp.host.alerts.empty());
 }
 
-TEST_F(PrintFileTest, FailuresAreLoggedUnderTheirFunctionAndNotFatal) {
-    tp->opt.printer = "Laser A";
+TEST_F(PrintFileTest, AFailingServiceIsLoggedUnderTheFunctionAndNotFatal) {
     tp->opt.printer2 = "Laser A";
     fake->down = true;
-    PrintFile(*tp, report, 1);
-    EXPECT_NE(error_log().find("PrintFile()"), std::string::npos);
-    EXPECT_EQ(error_log().find("PrintFile2()"), std::string::npos);
-    fake->down = false;
-    PrintFile2(*tp, tp.dir.file("no-such-report.tmp"), 1);
+    PrintFile2(*tp, report, 1);
     EXPECT_NE(error_log().find("PrintFile2()"), std::string::npos);
-    EXPECT_TRUE(fake->jobs.empty());
-    EXPECT_EQ(tp->state<PrintState>().current, "Laser A");
+    EXPECT_EQ(fake->log, Lines{});
 }
 
 TEST_F(PrintFileTest, ReportStatusLinesOrientationAndXlsReports) {
-    tp->opt.printfile = kTrue;
-    tp->opt.printfile2 = kTrue;
+    tp->opt.printfile = tp->opt.printfile2 = kTrue;
     tp->opt.printer = "";  // no match: nothing printed, the lines still appear
     tp->opt.printer2 = "Matrix B";
     tp->opt.printerorientationland = -1;
     print_report(*tp, "VT_0815", report, false);
-    EXPECT_EQ(tp.host.lines,
-              (std::vector<std::string>{"Drucke VT_0815...", "Drucke VT_0815 finished",
-                                        "Drucke VT_0815...", "Drucke VT_0815 finished"}));
     tp->opt.printerorientationland = 0;
     print_report(*tp, "VT_0815", report, false);
-    ASSERT_EQ(fake->jobs.size(), 2u);
-    EXPECT_EQ(fake->jobs[0].printer, "Matrix B");
-    EXPECT_EQ(fake->jobs[0].orientation, PageOrientation::Landscape);
-    EXPECT_EQ(fake->jobs[1].orientation, PageOrientation::Portrait);
-
+    const std::string head = "Drucke VT_0815";
+    EXPECT_EQ(tp.host.lines,
+              (Lines{head + "...", head + " finished", head + "...", head + " finished",
+                     head + "...", head + " finished", head + "...", head + " finished"}));
+    EXPECT_EQ(fake->log, (Lines{"Matrix B landscape", job[0], job[1], job[2], "end",
+                                "Matrix B portrait", job[0], job[1], job[2], "end"}));
     tp.host.lines.clear();
+    fake->log.clear();
     print_report(*tp, "r", tp.dir.file("r.xls"), true);
-    EXPECT_EQ(fake->jobs.size(), 2u);
+    EXPECT_EQ(fake->log, Lines{});
     const std::string only =
         "Drucke r not posible, only csv-format or Excel with template posible.";
-    EXPECT_EQ(tp.host.lines, (std::vector<std::string>{only, only}));
+    EXPECT_EQ(tp.host.lines, (Lines{only, only}));
 }
 
 }  // namespace

@@ -1,17 +1,18 @@
 #pragma once
-// Helpers of the VT report tests: simulated VT files (fixed seed and start time), an
-// option file loaded the way a run loads it, a conversion, and golden files.
-//
-// Goldens live in tests/golden/vt/. To regenerate them after a deliberate change of the
-// report, run the tests with QUMBREL_UPDATE_GOLDEN=1 and review the diff by hand:
+// Helpers of the VT report tests: simulated VT files, an option file loaded as a run loads
+// it, conversions, golden files, and a report's cells as CSV and as outside readers see the
+// XLS report. Goldens live in tests/golden/vt/; after a deliberate change of the report,
+// regenerate them and review the diff by hand:
 //   QUMBREL_UPDATE_GOLDEN=1 ctest --test-dir build -R reports_vt
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "frame/ini.h"
@@ -19,20 +20,15 @@
 #include "reclib/simulate.h"
 #include "reclib/writer.h"
 #include "reports/vt_report.h"
-#include "tests/support/test_support.h"
+#include "test_util.h"
 
 namespace qumbrel::test {
 
 using Keys = std::map<std::string, std::string>;
 
 inline reclib::SimOptions vt_sim(reclib::Kind kind, int channels = 3, int samples = 12) {
-    reclib::SimOptions o;
-    o.family = reclib::Family::VT;
-    o.kind = kind;
-    o.channels = channels;
-    o.samples = samples;
-    o.seed = 7;
-    o.startSeconds = 1709632800;  // 2024-03-05 10:00:00
+    reclib::SimOptions o{.kind = kind, .channels = channels, .samples = samples, .seed = 7};
+    o.startSeconds = 1709632800;  // 2024-03-05 10:00:00, one sample a second
     return o;
 }
 
@@ -46,15 +42,13 @@ class VtReportFixture {
 
     // Writes the option file ([file] and [userdefined] keys over a few defaults of ours)
     // and loads it as a run does.
-    void options(const Keys& file = {}, const Keys& user = {}) {
+    void options(Keys file = {}, Keys user = {}) {
         std::filesystem::remove(p->run.strOptionFile);
         clsINI ini(p->run.strOptionFile);
-        Keys f{{"language", std::string(QUMBREL_SOURCE_DIR) + "/lang/english.lng"}};
-        for (const auto& [k, v] : file) f[k] = v;
-        for (const auto& [k, v] : f) ini.CreateKeyValue("file", k, v);
-        Keys u{{"Channels", "ALL"}};
-        for (const auto& [k, v] : user) u[k] = v;
-        for (const auto& [k, v] : u) ini.CreateKeyValue("userdefined", k, v);
+        file.try_emplace("language", std::string(QUMBREL_SOURCE_DIR) + "/lang/english.lng");
+        user.try_emplace("Channels", "ALL");
+        for (const auto& [k, v] : file) ini.CreateKeyValue("file", k, v);
+        for (const auto& [k, v] : user) ini.CreateKeyValue("userdefined", k, v);
         fkt_loadoptionfile(*p);
     }
 
@@ -73,10 +67,7 @@ class VtReportFixture {
         return testing::read_file(p.dir.file(base) + (p->opt.targetformat == 1 ? ".xls" : ".tmp"));
     }
 
-    std::string error_log() {
-        const std::string path = p->program_file("error.log");
-        return std::filesystem::exists(path) ? testing::read_file(path) : std::string();
-    }
+    std::string error_log() { return testing::read_file(p->program_file("error.log")); }
 
     testing::TestProgram p;
     int errors = -99;
@@ -87,28 +78,104 @@ inline void expect_golden(const std::string& name, const std::string& bytes) {
     const std::string path = std::string(QUMBREL_SOURCE_DIR) + "/tests/golden/vt/" + name;
     if (const char* u = std::getenv("QUMBREL_UPDATE_GOLDEN"); u && std::string(u) == "1") {
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
-        testing::write_file(path, bytes);
-        return;
+        return testing::write_file(path, bytes);
     }
     ASSERT_TRUE(std::filesystem::exists(path)) << "missing golden " << path;
     EXPECT_TRUE(testing::read_file(path) == bytes) << "report differs from golden " << path;
 }
 
-// The lines of a CSV report (CR LF cut off).
-inline std::vector<std::string> lines_of(const std::string& text) {
+// Splits at `sep`, cutting a trailing CR off each piece.
+inline std::vector<std::string> split(const std::string& text, char sep) {
     std::vector<std::string> out;
-    for (std::size_t at = 0, end = 0; at < text.size(); at = end + 2) {
-        end = std::min(text.find("\r\n", at), text.size());
+    for (std::size_t at = 0, end = 0; at <= text.size(); at = end + 1) {
+        end = std::min(text.find(sep, at), text.size());
         out.push_back(text.substr(at, end - at));
+        if (out.back().ends_with('\r')) out.back().pop_back();
     }
     return out;
 }
 
+// The lines of a CSV report (CR LF cut off).
+inline std::vector<std::string> lines_of(const std::string& text) {
+    auto lines = split(text, '\n');
+    if (lines.back().empty()) lines.pop_back();
+    return lines;
+}
+
 // Index of the first line that starts with `prefix`, or -1.
 inline int find_line(const std::vector<std::string>& lines, const std::string& prefix) {
-    for (std::size_t i = 0; i < lines.size(); ++i)
-        if (lines[i].starts_with(prefix)) return static_cast<int>(i);
-    return -1;
+    const auto it = std::find_if(lines.begin(), lines.end(),
+                                 [&](const std::string& l) { return l.starts_with(prefix); });
+    return it == lines.end() ? -1 : static_cast<int>(it - lines.begin());
 }
+
+using Cells = std::map<std::pair<int, int>, std::string>;  // (row, column) from 0
+
+// A cell that is empty or blank is left out: CSV trims texts, so a blank cell of the
+// sheet is an empty field there. A number stands by its value ("42" and "42.0" agree).
+inline void put(Cells& cells, std::size_t r, std::size_t c, const std::string& v) {
+    if (v.find_first_not_of(' ') == std::string::npos) return;
+    char* end = nullptr;
+    char number[32];
+    std::snprintf(number, sizeof number, "%.17g", std::strtod(v.c_str(), &end));
+    cells[{static_cast<int>(r), static_cast<int>(c)}] = *end ? v : number;
+}
+
+// CSV with "," as separator and CR LF (ours) or LF (LibreOffice's) line ends; a field in
+// double quotes loses them (neither puts a separator inside quotes).
+inline Cells csv_cells(const std::string& text) {
+    Cells cells;
+    const auto lines = split(text, '\n');
+    for (std::size_t r = 0; r < lines.size(); ++r) {
+        const auto fields = split(lines[r], ',');
+        for (std::size_t c = 0; c < fields.size(); ++c) {
+            const std::string& f = fields[c];
+            const bool quoted = f.size() >= 2 && f.front() == '"' && f.back() == '"';
+            put(cells, r, c, quoted ? f.substr(1, f.size() - 2) : f);
+        }
+    }
+    return cells;
+}
+
+// The lines of tests/reports/xlrd_dump.py: row, column, type, value, ...
+inline Cells xlrd_cells(const std::string& dump) {
+    Cells cells;
+    for (const auto& line : split(dump, '\n')) {
+        const auto f = split(line, '\t');
+        if (f.size() >= 5 && f[0] != "breaks") put(cells, std::stoul(f[0]), std::stoul(f[1]), f[3]);
+    }
+    return cells;
+}
+
+// Both sides hold the same cells, except the repeated label of the "Channel No" row,
+// which only CSV shows twice.
+inline void expect_same_cells(Cells csv, Cells xls) {
+    const auto channels = std::find_if(
+        csv.begin(), csv.end(), [](const auto& cell) { return cell.second == "Channel No"; });
+    ASSERT_NE(channels, csv.end());
+    const std::pair<int, int> twice{channels->first.first, 1};
+    csv.erase(twice);
+    xls.erase(twice);
+    EXPECT_GT(csv.size(), 40u);
+    EXPECT_EQ(csv, xls);
+}
+
+// For the outside readers: sheet row k is CSV line k (row 1, no free texts).
+struct VtReaders : ::testing::Test, VtReportFixture {
+    VtReaders() : VtReportFixture("en-US") {}
+    // A file of 3 channels and 25 samples with messages and batch, converted to
+    // <base>.tmp and <base>.xls; gives the CSV's cells.
+    Cells csv_and_xls(reclib::Kind kind, const std::string& base) {
+        auto o = vt_sim(kind, 3, 25);
+        o.messages = 2;
+        o.batch = true;
+        const std::string src = make(o, base + (kind == reclib::Kind::Event ? ".oge" : ".ogd"));
+        options({{"messageinclusive", "1"}});
+        const Cells csv = csv_cells(convert(src, base));
+        options({{"messageinclusive", "1"}, {"targetformat", "1"}});
+        convert(src, base);
+        return csv;
+    }
+};
 
 }  // namespace qumbrel::test

@@ -1,35 +1,29 @@
 #!/usr/bin/python3
-"""Prints a BIFF2 sheet as xlrd reads it: one tab-separated line per cell (row, column,
-type, value, format string, horizontal alignment, font), then the horizontal page breaks.
-In memory, the BOF type byte 0x0A becomes 0x10 (xlrd rejects the former), and the row
-limit is raised from 16384 so that rows up to 65535 load."""
+"""Prints a BIFF2 sheet as xlrd reads it: a line per cell (row, column, type, value, format,
+alignment, font), then the page breaks. The BOF type 0x0A becomes 0x10 in memory (xlrd
+rejects ours), and the row limit is raised from 16384 so that rows up to 65535 load."""
 import os
 import sys
 
 import xlrd
-from xlrd import sheet as xlrd_sheet
-
-_sheet_init = xlrd_sheet.Sheet.__init__
 
 
-def _wide_sheet_init(self, *args, **kwargs):
-    _sheet_init(self, *args, **kwargs)
-    self.utter_max_rows = 65536
+class _WideSheet(xlrd.sheet.Sheet):
+    def __init__(self, *args):
+        super().__init__(*args)
+        self.utter_max_rows = 65536
 
 
-xlrd_sheet.Sheet.__init__ = _wide_sheet_init
+xlrd.sheet.Sheet = _WideSheet
 TYPES = {xlrd.XL_CELL_TEXT: "text", xlrd.XL_CELL_NUMBER: "number", xlrd.XL_CELL_DATE: "date"}
 
-with open(sys.argv[1], "rb") as f:
-    data = bytearray(f.read())
+data = bytearray(open(sys.argv[1], "rb").read())
 data[6] = 0x10
-with open(os.devnull, "w") as quiet:
-    book = xlrd.open_workbook(file_contents=bytes(data), formatting_info=True,
-                              encoding_override="cp1252", logfile=quiet)
+book = xlrd.open_workbook(file_contents=bytes(data), formatting_info=True,
+                          encoding_override="cp1252", logfile=open(os.devnull, "w"))
 sheet = book.sheet_by_index(0)
 for r in range(sheet.nrows):
-    for c in range(sheet.row_len(r)):
-        cell = sheet.cell(r, c)
+    for c, cell in enumerate(sheet.row(r)):
         if cell.ctype == xlrd.XL_CELL_EMPTY:
             continue
         xf = book.xf_list[cell.xf_index]
