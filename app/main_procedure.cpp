@@ -199,6 +199,14 @@ int qumbrel_main(int argc, char** argv) {
                  (parsed.extra.headless && !names_a_file(parsed.tokens))) &&
                 ctx.opt.autostart != 1)
                 return run_automatic(ctx, parsed.extra.once);
+            // A file named on the command line that is not there: say so, not the window.
+            for (const auto& t : parsed.tokens) {
+                if (is_run_flag_token(t)) continue;
+                std::fprintf(stderr, "qumbrel: %s %s\n",
+                             translate_or(ctx, "filenotexist", "The file does not exist:").c_str(),
+                             t.c_str());
+                return 2;
+            }
             std::fprintf(stderr,
                          "qumbrel: the main window is not available in this build or without a "
                          "display.\nConvert a file headless with 'qumbrel --headless FILE' "

@@ -107,29 +107,42 @@ int Cls_APIFile::CopyFile(const std::string& source, const std::string& target) 
     return code_of(ec);
 }
 
-int Cls_APIFile::MoveFile(const std::string& source, const std::string& target) const {
+int Cls_APIFile::MoveFile(const std::string& source, const std::string& target,
+                          std::string* movedTo) const {
     if (!exists_nofollow(source)) return ENOENT;
-    const std::string dest = collision_free(target);
-    std::error_code ec;
-    fs::rename(source, dest, ec);
-    if (!ec) return 0;
-    if (ec != std::errc::cross_device_link) return code_of(ec);
-    // Across file systems: a verified copy first, the source goes only after it.
-    const int rc = CopyFile(source, dest);
-    if (rc != 0) return rc;
-    fs::remove(source, ec);
-    return code_of(ec);
+    // The first free name; a name taken between the test and the rename is tried again.
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const std::string dest = collision_free(target);
+        if (io->rename_noreplace(source, dest) == 0) {
+            io->fsync_dir(folder_of(dest));
+            if (movedTo) *movedTo = dest;
+            return 0;
+        }
+        const int e = errno;
+        if (e == EEXIST && RenameOnCollision) continue;
+        if (e != EXDEV) return e != 0 ? e : EIO;
+        // Across file systems: a verified copy first, the source goes only after it.
+        if (exists_nofollow(dest)) return EEXIST;
+        const int rc = CopyFile(source, dest);
+        if (rc != 0) return rc;
+        if (io->unlink(source) != 0) return errno != 0 ? errno : EIO;
+        if (movedTo) *movedTo = dest;
+        return 0;
+    }
+    return EEXIST;
 }
 
 int Cls_APIFile::RenameFile(const std::string& source, const std::string& target) const {
-    return MoveFile(source, target);
+    if (!exists_nofollow(source)) return ENOENT;
+    if (io->rename(source, target) != 0) return errno != 0 ? errno : EIO;
+    io->fsync_dir(folder_of(target));
+    return 0;
 }
 
 int Cls_APIFile::DeleteFile(const std::string& path) const {
-    std::error_code ec;
     if (!exists_nofollow(path)) return ENOENT;
-    fs::remove(path, ec);
-    return code_of(ec);
+    if (io->unlink(path) != 0) return errno != 0 ? errno : EIO;
+    return 0;
 }
 
 int Cls_APIFile::DeleteComfort(const std::string& path, bool, bool) const {

@@ -1,8 +1,11 @@
 #pragma once
 // Cls_APIFile: file and path operations. Results of the four file operations are 0 on
 // success, otherwise an errno value (ENOENT when the source is missing, ...).
+#include <memory>
 #include <string>
 #include <string_view>
+
+#include "frame/fileio.h"
 
 namespace qumbrel {
 
@@ -20,8 +23,12 @@ class Cls_APIFile {
     // the target, flushed and renamed, so a target is never half written.
     int CopyFile(const std::string& source, const std::string& target) const;
     // A rename, or across file systems a copy, flush, size check and delete of the
-    // source. A failure leaves the source where it was.
-    int MoveFile(const std::string& source, const std::string& target) const;
+    // source. A failure leaves the source where it was. Never replaces a file: with
+    // RenameOnCollision a taken name gives way to "name (n).ext", else EEXIST.
+    // `movedTo` (when given) receives the name used.
+    int MoveFile(const std::string& source, const std::string& target,
+                 std::string* movedTo = nullptr) const;
+    // A rename inside one folder that replaces an existing target (finished reports).
     int RenameFile(const std::string& source, const std::string& target) const;
     int DeleteFile(const std::string& path) const;
     int DeleteComfort(const std::string& path, bool flagA, bool flagB) const;
@@ -46,6 +53,8 @@ class Cls_APIFile {
 
     // Fault injection for tests: the n-th write of a copy fails (0: none).
     int failNthWrite = 0;
+    // The file operations behind moves, renames and deletes.
+    std::shared_ptr<FileIo> io = posix_file_io();
 
   private:
     std::string collision_free(const std::string& target) const;

@@ -94,7 +94,9 @@ ParsedArguments parse_arguments(const std::vector<std::string>& args) {
             }
             return std::nullopt;
         };
-        if (a.size() > 1 && a[0] == '/' && starts_with_keyword(std::string_view(a).substr(1))) {
+        // A path that exists is a path, whatever keyword it begins with (/debug/a.oge).
+        if (a.size() > 1 && a[0] == '/' && !path_exists(a) &&
+            starts_with_keyword(std::string_view(a).substr(1))) {
             out.tokens.push_back(a.substr(1));
             continue;
         }
@@ -151,6 +153,10 @@ bool is_run_flag_token(std::string_view token) {
 void apply_command_tokens(Program& ctx, const std::vector<std::string>& tokens) {
     RunFlags& r = ctx.run;
     for (const auto& token : tokens) {
+        if (path_exists(token)) {
+            r.strSourceFile = token;
+            continue;
+        }
         const std::string upper = to_upper_ascii(token);
         // A bare keyword also takes a path behind one character of any kind.
         auto rest_after = [&](std::size_t keywordLength) {
@@ -164,7 +170,6 @@ void apply_command_tokens(Program& ctx, const std::vector<std::string>& tokens) 
         if (left_is(upper, "SOURCE:")) r.strSourceFile = token.substr(7);
         if (left_is(upper, "TARGET:")) r.strTargetName = token.substr(7);
         if (left_is(upper, "SUBFOLDER:")) r.strSubfolder = token.substr(10);
-        if (path_exists(token)) r.strSourceFile = token;
     }
 }
 

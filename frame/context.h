@@ -9,6 +9,7 @@
 
 #include "frame/clock.h"
 #include "frame/errors.h"
+#include "frame/fileio.h"
 #include "frame/flag.h"
 #include "frame/host.h"
 #include "frame/options.h"
@@ -71,6 +72,8 @@ class Program {
     RunFlags run;
     Options opt;
     ErrState err;  // the current error, as fkt_errorreport reads it
+    // Every file operation of reports and disposal; tests put in one that fails.
+    std::shared_ptr<FileIo> files = posix_file_io();
 
     // Path of a file in the program folder.
     std::string program_file(std::string_view name) const;

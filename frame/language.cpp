@@ -22,6 +22,12 @@ std::string fkt_translate(Program& ctx, std::string_view key) {
     return fkt_readlanguage(ctx.opt.language, "MSG", key, "");
 }
 
+std::string translate_or(Program& ctx, std::string_view key, std::string_view english) {
+    std::string text = fkt_translate(ctx, key);
+    if (text.empty()) text = english;
+    return text;
+}
+
 std::string resolve_language_path(const Program& ctx, const std::string& languagePath) {
     if (languagePath.find('/') == std::string::npos) return ctx.program_file(languagePath);
     return languagePath;

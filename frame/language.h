@@ -12,6 +12,9 @@ namespace qumbrel {
 
 // Text of `key` in section "MSG" of the `language` file; "" when absent.
 std::string fkt_translate(Program& ctx, std::string_view key);
+// The same, with the English text when the language file has no such key (a language
+// file older than the program).
+std::string translate_or(Program& ctx, std::string_view key, std::string_view english);
 
 // One profile read with a 255-character buffer: a text of at most 254 characters.
 std::string fkt_readlanguage(const std::string& path, std::string_view section,

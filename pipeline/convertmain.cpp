@@ -1,5 +1,6 @@
 #include "pipeline/convertmain.h"
 
+#include <cstring>
 #include <filesystem>
 
 #include "frame/apifile.h"
@@ -10,7 +11,10 @@
 #include "pipeline/family_table.h"
 #include "pipeline/name_composer.h"
 #include "pipeline/register.h"
+#include "pipeline/source_lock.h"
 #include "pipeline/xtimer.h"
+#include "reports/excelfile.h"
+#include "reports/valuesink.h"
 
 namespace qumbrel {
 
@@ -51,10 +55,37 @@ int missing_generator(Program& ctx, const std::string& source, std::string_view 
     ctx.err.clear();
     ctx.err.number = errnum::kInvalidArgument;
     ctx.err.source = ctx.info.baseName;
-    ctx.err.description = std::string(what) + " is not available in this build";
+    ctx.err.description =
+        translate_or(ctx, "nogenerator", "This report is not available in this build:") + " " +
+        std::string(what);
     fkt_errorreport(ctx, kTrapName, source);
     ctx.err.clear();
     return 1;
+}
+
+// A failure of this run that is no generator's: error log and alert, under the driver.
+void report_failure(Program& ctx, int number, const std::string& text, const std::string& extra,
+                    int step = 0) {
+    ctx.err.clear();
+    ctx.err.number = number;
+    ctx.err.line = step;
+    ctx.err.source = ctx.info.baseName;
+    ctx.err.description = text;
+    fkt_errorreport(ctx, kTrapName, extra);
+    ctx.err.clear();
+}
+
+std::string quoted_name(const std::string& path) {
+    return "'" + Cls_APIFile::GetFileName(path) + "'";
+}
+
+// Why a source that its extension assigns to a family is none of it ("" when it is).
+std::string not_of_family(Program& ctx, const FamilyFunctions& functions,
+                          const std::string& source) {
+    if (!functions.typeCheck) return {};
+    std::error_code ec;
+    if (std::filesystem::file_size(source, ec) == 0 && !ec) return "the file is empty";
+    return functions.typeCheck(ctx, source);
 }
 
 }  // namespace
@@ -63,7 +94,6 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                                const std::string& subfolder, const std::string& targetName,
                                Flag interactive) {
     ConvertOutcome outcome;
-    const Cls_APIFile api;
     xTimer timer(ctx.clock);
     Options& o = ctx.opt;
     int step = 1;
@@ -74,6 +104,54 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
     };
     try {
         const std::string name = Cls_APIFile::GetFileName(source);
+        Cls_APIFile api;
+        api.io = ctx.files;
+        api.RenameOnCollision = true;
+        ctx.state<SinkState>().csv.set_io(ctx.files);
+        excel_file(ctx).set_io(ctx.files);
+
+        // Only a regular file is read or disposed of, and only by one run at a time.
+        const SourceLock lock(source);
+        switch (lock.state()) {
+            case SourceLock::State::Locked:
+                break;
+            case SourceLock::State::Busy:
+                fkt_logevent(ctx, "file locked by another run, skipped: " + source, kFalse, 2);
+                status(ctx, translate_or(ctx, "sourcelocked",
+                                         "The source file is being converted by another "
+                                         "process and is skipped:") +
+                                " " + source);
+                outcome.skipped = true;
+                return outcome;
+            case SourceLock::State::Missing:
+                if (is_set(interactive) || ctx.run.strSourceFile == source) {
+                    report_failure(ctx, errnum::kFileNotFound,
+                                   translate_or(ctx, "filenotexist", "The file does not exist:") +
+                                       " " + source,
+                                   source, step);
+                    outcome.notRegular = true;
+                    return outcome;
+                }
+                // Gone since the folder was listed: another run took it.
+                fkt_logevent(ctx, "file gone before its conversion, skipped: " + source, kFalse, 2);
+                outcome.skipped = true;
+                return outcome;
+            case SourceLock::State::NotRegular:
+                report_failure(ctx, errnum::kPathFileAccessError,
+                               quoted_name(source) + " " +
+                                   translate_or(ctx, "notregularfile",
+                                                "is not a regular file and is left alone:") +
+                                   " " + source,
+                               source, step);
+                outcome.notRegular = true;
+                return outcome;
+            case SourceLock::State::Failed:
+                report_failure(ctx, errnum::kPathFileAccessError,
+                               quoted_name(source) + ": " + std::strerror(lock.error_number()),
+                               source, step);
+                outcome.notRegular = true;
+                return outcome;
+        }
 
         step = 2;
         bool alreadyRegistered = false;
@@ -157,43 +235,78 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
         FamilyTable& table = family_table(ctx);
         const auto family = family_of_extension(sourceExt);
         FamilyFunctions* functions = family ? &table.of(family->family) : nullptr;
+        // Why the file is no recorder file of its family; such a file gets no report.
+        std::string notRecorder;
+        if (!functions)
+            notRecorder = "no recorder family reads the extension \"" + sourceExt + "\"";
+        else
+            notRecorder = not_of_family(ctx, *functions, source);
         auto run = [&](const ReportGenerator& gen, const std::string& base,
                        std::string_view what) -> int {
-            if (!functions) return 0;  // an extension in no row converts to nothing
+            if (!notRecorder.empty()) {
+                const std::string familyName =
+                    family ? std::string(family->readerModule.substr(3, 2)) + " " : "";
+                std::string text =
+                    translate_or(ctx, "notrecorderfile", "is not a %1recorder file:");
+                if (const auto at = text.find("%1"); at != std::string::npos)
+                    text.replace(at, 2, familyName);
+                report_failure(ctx, errnum::kInvalidArgument,
+                               quoted_name(source) + " " + text + " " + notRecorder, source, step);
+                return 1;
+            }
             if (!gen) return missing_generator(ctx, source, what);
             return gen(ctx, source, base, interactive);
+        };
+        // Renames a finished report into place; a failure fails the conversion.
+        auto finish = [&](const std::string& from, const std::string& to) -> bool {
+            const int rc = api.RenameFile(from, to);
+            if (rc == 0) return true;
+            report_failure(ctx, errnum::kPathFileAccessError,
+                           "rename " + from + " -> " + to + ": " + std::strerror(rc), source, step);
+            return false;
         };
         const bool up = ctx.host.status_list_up();
         int errorCount = 0;
         bool excelFailed = false;
+        // The report stands complete under its final name (or was printed and deleted as
+        // asked): only then may delete mode take the source.
+        bool reportComplete = o.noconversion != 0;
         if (o.noconversion == 0) {
             fkt_logevent(ctx, "convert file: " + source, kFalse, 2);
             switch (o.targetformat) {
                 case 0: {
                     step = 12;
                     if (up && !fda) status(ctx, reportBase + ".tmp");
-                    errorCount = run(functions ? functions->convertCSVXLS : nullptr, reportBase,
-                                     "The CSV report of this file family");
+                    errorCount =
+                        run(functions ? functions->convertCSVXLS : nullptr, reportBase, "CSV");
                     std::string finalName =
                         targetName.empty() ? reportBase + "." + o.fileextension : reportBase;
                     if (errorCount > 0) {
                         finalName += ".Error." + o.fileextension;
-                        api.RenameFile(reportBase + ".tmp", finalName);
-                    } else {
-                        api.RenameFile(reportBase + ".tmp", finalName);
+                        if (std::filesystem::exists(reportBase + ".tmp"))
+                            finish(reportBase + ".tmp", finalName);
+                    } else if (finish(reportBase + ".tmp", finalName)) {
+                        reportComplete = true;
                         if (is_set(o.delreportfile)) api.DeleteComfort(finalName, false, false);
+                    } else {
+                        errorCount = 1;
                     }
                     break;
                 }
                 case 1: {
                     step = 13;
                     if (up && !fda) status(ctx, reportBase + ".xls");
-                    errorCount = run(functions ? functions->convertCSVXLS : nullptr, reportBase,
-                                     "The XLS report of this file family");
-                    if (errorCount > 0)
-                        api.RenameFile(reportBase + ".xls", reportBase + ".Error.xls");
-                    else if (is_set(o.delreportfile))
-                        api.DeleteComfort(reportBase + ".xls", false, false);
+                    errorCount =
+                        run(functions ? functions->convertCSVXLS : nullptr, reportBase, "XLS");
+                    if (errorCount > 0) {
+                        if (std::filesystem::exists(reportBase + ".xls"))
+                            finish(reportBase + ".xls", reportBase + ".Error.xls");
+                    } else if (std::filesystem::exists(reportBase + ".xls") ||
+                               is_set(o.delreportfile)) {
+                        reportComplete = true;
+                        if (is_set(o.delreportfile))
+                            api.DeleteComfort(reportBase + ".xls", false, false);
+                    }
                     break;
                 }
                 case 2: {
@@ -201,7 +314,7 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                     auto& session = table.templates;
                     if (!session.excelformat || !session.exceltemplate) {
                         // Without a spreadsheet engine the source stays for a later run.
-                        missing_generator(ctx, source, "The spreadsheet template engine");
+                        missing_generator(ctx, source, "template workbook");
                         errorCount = 1;
                         excelFailed = true;
                         break;
@@ -211,7 +324,7 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                     session.exceltemplate(ctx, o.excelsourcefile, reportBase + ext);
                     if (up && !fda) status(ctx, reportBase + ext);
                     errorCount = run(functions ? functions->convertXLSTPL : nullptr, reportBase,
-                                     "The template report of this file family");
+                                     "template workbook");
                     if (errorCount >= 1)
                         api.RenameFile(reportBase + ext, reportBase + ".Error" + ext);
                     else if (is_set(o.delreportfile))
@@ -229,14 +342,18 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                             alarmErrors = functions->convertXLSTPLALML(
                                 ctx, source, reportBase + suffix, to_flag(o.runexcelmakro != 0));
                         else if (functions)
-                            alarmErrors =
-                                missing_generator(ctx, source, "The alarm workbook of this family");
+                            alarmErrors = missing_generator(ctx, source, "alarm workbook");
+                        // The first workbook's count gives way (kept so); a failure of either
+                        // still keeps the source.
+                        if (errorCount == 0 && alarmErrors == 0) reportComplete = true;
                         errorCount = alarmErrors;
                         // The first workbook takes the mark, not the alarm workbook.
                         if (alarmErrors > 0)
                             api.RenameFile(reportBase + ext, reportBase + ".Error" + ext);
                         else if (is_set(o.delreportfile))
                             api.DeleteComfort(reportBase + suffix + ext, false, false);
+                    } else if (errorCount == 0) {
+                        reportComplete = true;
                     }
                     if (session.excelFailed) excelFailed = session.excelFailed(ctx);
                     break;
@@ -244,60 +361,84 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                 case 3: {
                     step = 15;
                     if (up) status(ctx, reportBase + ".tmp");
-                    if (table.customerReport)
-                        table.customerReport(ctx, source, reportBase, interactive);
+                    if (!notRecorder.empty())
+                        errorCount = run(nullptr, reportBase, "customer text");
+                    else if (table.customerReport)
+                        errorCount = table.customerReport(ctx, source, reportBase, interactive);
                     else
-                        missing_generator(ctx, source, "The customer report");
+                        errorCount = missing_generator(ctx, source, "customer text");
                     const std::string finalName =
                         targetName.empty() ? reportBase + ".txt" : reportBase;
-                    api.RenameFile(reportBase + ".tmp", finalName);
+                    if (std::filesystem::exists(reportBase + ".tmp")) {
+                        if (finish(reportBase + ".tmp", finalName) && errorCount == 0)
+                            reportComplete = true;
+                    }
                     ctx.host.pump_events();
                     break;
                 }
                 default:
+                    errorCount = missing_generator(
+                        ctx, source, "targetformat=" + std::to_string(o.targetformat));
                     break;
             }
         }
+        if (!reportComplete && errorCount == 0) errorCount = 1;
         outcome.errorCount = errorCount;
 
         step = 16;
         if (!excelFailed && !is_set(ctx.run.bDebug)) {
             const bool sameName = equals_one(o.sourcenamesametarget, ctx) && o.targetname == 1;
-            switch (o.binfilemodus) {
-                case 0: {
-                    status(ctx, fkt_translate(ctx, "movefile"));
-                    const std::string folder = sourceTargetFolder + subfolder;
-                    if (!folder_exists(folder)) Cls_APIFile::MakeFolderTree(folder);
-                    std::string target;
-                    if (sameName) {
-                        target = with_separator(folder) + composedName +
-                                 (errorCount > 0 ? ".Error." : ".") + sourceExt;
-                    } else {
-                        target = with_separator(folder) + name +
-                                 (errorCount > 0 ? ".Error." + sourceExt : std::string());
-                    }
-                    if (int rc = api.MoveFile(source, target); rc != 0) {
-                        outcome.moveFailed = true;
-                        ctx.err.clear();
-                        ctx.err.number = errnum::kPathFileAccessError;
-                        ctx.err.source = ctx.info.baseName;
-                        ctx.err.description =
-                            "The source file could not be moved (" + std::to_string(rc) + ")";
-                        fkt_errorreport(ctx, kTrapName, source + " -> " + target);
-                        ctx.err.clear();
-                    }
-                    break;
+            auto move_source = [&] {
+                status(ctx, fkt_translate(ctx, "movefile"));
+                const std::string folder = sourceTargetFolder + subfolder;
+                if (!folder_exists(folder)) Cls_APIFile::MakeFolderTree(folder);
+                std::string target;
+                if (sameName) {
+                    target = with_separator(folder) + composedName +
+                             (errorCount > 0 ? ".Error." : ".") + sourceExt;
+                } else {
+                    target = with_separator(folder) + name +
+                             (errorCount > 0 ? ".Error." + sourceExt : std::string());
                 }
+                std::string movedTo;
+                if (int rc = api.MoveFile(source, target, &movedTo); rc != 0) {
+                    outcome.moveFailed = true;
+                    report_failure(
+                        ctx, errnum::kPathFileAccessError,
+                        translate_or(ctx, "movefailed", "The source file could not be moved:") +
+                            " " + source + " -> " + target + ": " + std::strerror(rc),
+                        source, step);
+                } else if (movedTo != target) {
+                    fkt_logevent(ctx, "name taken, source moved to: " + movedTo, kFalse, 2);
+                    status(ctx, movedTo);
+                }
+            };
+            switch (o.binfilemodus) {
+                case 0:
+                    move_source();
+                    break;
                 case 1:
+                    if (errorCount > 0 || !reportComplete) {
+                        // Nothing is deleted unconverted: a failed source is kept as in move
+                        // mode, with its mark.
+                        status(ctx, translate_or(ctx, "reportfailed",
+                                                 "The report could not be completed; the "
+                                                 "source file is kept:") +
+                                        " " + source);
+                        move_source();
+                        break;
+                    }
                     status(ctx, fkt_translate(ctx, "deletefile"));
-                    api.DeleteComfort(source, false, false);
+                    if (int rc = api.DeleteComfort(source, false, false); rc != 0)
+                        report_failure(ctx, errnum::kPathFileAccessError,
+                                       "delete " + source + ": " + std::strerror(rc), source, step);
                     break;
                 case 2: {
                     const std::string errorMark =
                         errorCount > 0 ? ".Error." + sourceExt : std::string();
-                    if (!errorMark.empty()) api.RenameFile(source, source + errorMark);
+                    if (!errorMark.empty()) api.MoveFile(source, source + errorMark);
                     // Bare names, relative to the working folder: kept as it is.
-                    if (sameName) api.RenameFile(name, composedName + "." + sourceExt + errorMark);
+                    if (sameName) api.MoveFile(name, composedName + "." + sourceExt + errorMark);
                     if (!alreadyRegistered)
                         fkt_AppendStringToFile(ctx, ctx.run.strRegisterFile,
                                                name + errorMark + "    " + composedName + "." +

@@ -14,7 +14,10 @@ struct ConvertOutcome {
     bool pathMissing = false;   // target folder missing: nothing touched
     bool skipped = false;       // registered already, non-interactive run
     bool moveFailed = false;    // the source stays where it was
-    bool failed() const { return errorCount > 0 || runtimeError || pathMissing || moveFailed; }
+    bool notRegular = false;    // missing, not a regular file or unreadable: left alone
+    bool failed() const {
+        return errorCount > 0 || runtimeError || pathMissing || moveFailed || notRegular;
+    }
 };
 
 ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,

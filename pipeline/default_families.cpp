@@ -8,6 +8,10 @@ namespace qumbrel {
 
 FamilyTable default_family_table() {
     FamilyTable t;
+    t.vt.typeCheck = [](Program& ctx, const std::string& path) -> std::string {
+        const std::string type = VTgetTypeFile(ctx, path);
+        return type.empty() || type == vt_type_text(0) ? "no VT file header" : "";
+    };
     t.vt.fileElements = VTGetFileElements;
     t.vt.fileInfo = fkt_ReadVTFileInfo;
     t.vt.convertCSVXLS = fkt_VTconvertCSVXLS;

@@ -18,7 +18,11 @@ using ElementsReader = std::function<void(Program&, const std::string&)>;
 // The file information list of the run page (and of --info): lines and back colour.
 using InfoReader = std::function<void(Program&, FileInfoList&, const std::string&)>;
 
+// Why a file is no recorder file of the family ("" when it is one).
+using TypeCheck = std::function<std::string(Program&, const std::string&)>;
+
 struct FamilyFunctions {
+    TypeCheck typeCheck;
     ElementsReader fileElements;
     InfoReader fileInfo;
     ReportGenerator convertCSVXLS;

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstring>
 
 #include "frame/errors.h"
 
@@ -29,29 +30,20 @@ VbError open_error(int e, const std::string& path) {
 
 }  // namespace
 
-int FileIo::open_replace(const std::string& path) {
-    if (::unlink(path.c_str()) != 0 && errno != ENOENT) return -1;
-    return ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
-}
-
-long FileIo::write(int fd, const char* data, std::size_t size) {
-    return static_cast<long>(::write(fd, data, size));
-}
-
-int FileIo::close(int fd) {
-    return ::close(fd);
-}
-
-std::shared_ptr<FileIo> posix_file_io() {
-    static const auto io = std::make_shared<FileIo>();
-    return io;
-}
-
 OutputFile::OutputFile(std::shared_ptr<FileIo> io)
     : io_(io ? std::move(io) : posix_file_io()), buffer_(new char[kBufferSize]) {}
 
 OutputFile::~OutputFile() {
-    if (fd_ >= 0) io_->close(fd_);
+    abandon();
+}
+
+void OutputFile::abandon() {
+    if (fd_ < 0) return;
+    io_->close(fd_);
+    fd_ = -1;
+    used_ = 0;
+    failure_ = 0;
+    io_->unlink(temp_);
 }
 
 void OutputFile::set_io(std::shared_ptr<FileIo> io) {
@@ -59,14 +51,13 @@ void OutputFile::set_io(std::shared_ptr<FileIo> io) {
 }
 
 void OutputFile::open(const std::string& path) {
-    if (fd_ >= 0) {
-        io_->close(fd_);
-        fd_ = -1;
-    }
+    abandon();
     used_ = 0;
     failure_ = 0;
     errno = 0;
-    const int fd = io_->open_replace(path);
+    target_ = path;
+    temp_ = unique_temp_beside(path);
+    const int fd = io_->create_new(temp_);
     if (fd < 0) throw open_error(errno, path);
     fd_ = fd;
 }
@@ -120,9 +111,21 @@ void OutputFile::close() {
     const int fd = fd_;
     fd_ = -1;
     used_ = 0;
+    if (error == 0 && io_->fsync(fd) != 0)
+        error = errno == ENOSPC ? kDiskFull : errnum::kDeviceIoError;
     if (io_->close(fd) != 0 && error == 0) error = errnum::kDeviceIoError;
     failure_ = 0;
-    if (error != 0) throw VbError(error, error == kDiskFull ? "Disk full" : "Device I/O error");
+    if (error == 0 && io_->rename(temp_, target_) != 0) {
+        const int e = errno;
+        io_->unlink(temp_);
+        throw VbError(errnum::kPathFileAccessError,
+                      "Path/File access error: " + target_ + ": " + std::strerror(e));
+    }
+    if (error != 0) {
+        io_->unlink(temp_);
+        throw VbError(error, error == kDiskFull ? "Disk full" : "Device I/O error");
+    }
+    io_->fsync_dir(folder_of(target_));
 }
 
 }  // namespace qumbrel

@@ -1,34 +1,26 @@
 #pragma once
 // The one output layer of the report writers: a buffered file that writes in large
-// chunks. All bytes reach the disk through a FileIo, which tests replace to make the
-// N-th write fail. A failure is sticky: every later write and the close report it too,
-// so an incomplete file is never taken for a finished one.
+// chunks. The bytes go to a temporary name beside the target; close() flushes them to
+// disk and renames the file into place, so the target name holds a complete file or
+// none (a killed run leaves only the hidden temporary). All calls go through a FileIo,
+// which tests replace to fail the N-th call. A failure is sticky: every later write and
+// the close report it too, so an incomplete file is never taken for a finished one.
 #include <cstddef>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "frame/fileio.h"
+
 namespace qumbrel {
-
-// System calls behind the output layer; returns follow POSIX (-1 and errno on failure).
-class FileIo {
-  public:
-    virtual ~FileIo() = default;
-    virtual int open_replace(const std::string& path);  // deletes an old file, then creates
-    virtual long write(int fd, const char* data, std::size_t size);
-    virtual int close(int fd);
-};
-
-// The shared default (stateless, so one instance serves every writer).
-std::shared_ptr<FileIo> posix_file_io();
 
 class OutputFile {
   public:
     static constexpr std::size_t kBufferSize = 256 * 1024;
 
     explicit OutputFile(std::shared_ptr<FileIo> io = nullptr);
-    ~OutputFile();  // closes without reporting; call close() to learn the outcome
+    ~OutputFile();  // abandons an open file: its temporary goes, the target is untouched
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
@@ -52,8 +44,11 @@ class OutputFile {
     }
 
     void flush();
-    // Flushes and closes; throws the first failure met since open().
+    // Flushes, syncs, closes and renames into place; throws the first failure met since
+    // open(), and then the target is left as it was.
     void close();
+    // Closes and removes the temporary without touching the target.
+    void abandon();
 
   private:
     void write_slow(std::string_view bytes);
@@ -64,6 +59,7 @@ class OutputFile {
     std::unique_ptr<char[]> buffer_;
     std::size_t used_ = 0;
     int fd_ = -1;
+    std::string target_, temp_;
     int failure_ = 0;  // error number of the first failed write, sticky until open()
 };
 

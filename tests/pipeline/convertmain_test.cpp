@@ -31,6 +31,7 @@ struct Env {
         for (const auto& d : {in, out}) fs::create_directories(d);
         p->opt.targetpath = p->opt.targetpathRaw = out;
         auto& vt = family_table(*p).vt;
+        vt.typeCheck = nullptr;  // the stand-in sources are no VT files
         vt.fileElements = [](Program& ctx, const std::string&) {
             ctx.state<FileElements>().ti_S = "SER1";
         };
@@ -68,8 +69,9 @@ TEST(Driver, DisposalByModeAndOption) {
     const std::vector<Case> cases{
         {"xls error marks", "b.oge", 2, [](Program& p) { p.opt.targetformat = 1; },
          {"out/b.Error.xls", "out/b.oge.Error.oge"}, {"out/b.xls", "in/b.oge"}},
-        {"delete even after a failure", "a.ogd", 1, [](Program& p) { p.opt.binfilemodus = 1; },
-         {"out/a.csv.Error.csv"}, {"in/a.ogd", "out/a.ogd", "out/a.ogd.Error.ogd"}},
+        {"delete mode keeps a failed source, marked", "a.ogd", 1,
+         [](Program& p) { p.opt.binfilemodus = 1; },
+         {"out/a.csv.Error.csv", "out/a.ogd.Error.ogd"}, {"in/a.ogd", "out/a.ogd"}},
         {"index mode marks a failed source", "a.ogd", 1, [](Program& p) { p.opt.binfilemodus = 2; },
          {"in/a.ogd.Error.ogd", "sourcefiledb.dat"}, {"in/a.ogd"}},
         {"debug keeps the source and registers nothing", "a.ogd", 0,
