@@ -2,6 +2,7 @@
 // automatic mode, each in a private folder; every case checks the files on disk afterwards.
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -172,6 +173,27 @@ TEST(Qumbrel, OneRunPerCase) {
         // damaged file stops the report. A service run prints no status lines.
         {"damaged", "in/bad.oge", "damaged", {}, "/startsfromservice @/in/bad.oge", 1,
          {"out/bad.csv.Error.csv", "out/bad.oge.Error.oge"}, {}, {}, true},
+        // Bad sources in delete mode: no report, the source kept (marked) or left alone.
+        {"empty file", "in/e.oge", "empty", {{"binfilemodus", "1"}}, "@/in/e.oge", 1,
+         {"out/e.oge.Error.oge"}, {"in/e.oge", "out/e.csv"},
+         {{"", "'e.oge' is not a VT recorder file: the file is empty"}}},
+        {"random bytes", "in/r.ogd", "random", {{"binfilemodus", "1"}}, "@/in/r.ogd", 1,
+         {"out/r.ogd.Error.ogd"}, {"in/r.ogd", "out/r.csv"},
+         {{"", "'r.ogd' is not a VT recorder file: no VT file header"}}},
+        {"a KL file renamed", "in/k.oge", "KL", {{"binfilemodus", "1"}}, "@/in/k.oge", 1,
+         {"out/k.oge.Error.oge"}, {"in/k.oge", "out/k.csv"}, {{"", "no VT file header"}}},
+        {"a FIFO is left alone", "in/f.oge", "fifo", {{"binfilemodus", "1"}}, "@/in/f.oge", 1,
+         {}, {"out/f.oge", "out/f.oge.Error.oge", "out/f.csv"},
+         {{"", "'f.oge' is not a regular file and is left alone"}}},
+        {"a folder is left alone", "in/d.oge", "folder", {}, "@/in/d.oge", 1, {"in/d.oge/x"},
+         {"out/d.oge", "out/d.oge.Error.oge"}, {{"", "is not a regular file"}}},
+        {"no customer report: kept", "in/a.oge", "event",
+         {{"binfilemodus", "1"}, {"targetformat", "3"}}, "@/in/a.oge", 1, {"out/a.oge.Error.oge"},
+         {"in/a.oge"}, {{"", "not available in this build: customer text"}}},
+        {"unknown format: kept", "in/a.oge", "event", {{"binfilemodus", "1"}, {"targetformat", "7"}},
+         "@/in/a.oge", 1, {"out/a.oge.Error.oge"}, {"in/a.oge"}, {{"", "targetformat=7"}}},
+        {"an existing path that begins with a keyword", "debug/a.oge", "event", {},
+         "debug/a.oge", 0, {"out/a.csv", "out/a.oge"}, {"home/status.log", "debug/a.oge"}, {}},
         {"--info", "in/a.oge", "event", {}, "--info @/in/a.oge", 0, {"in/a.oge"}, {},
          {{"", "File Type: \tEvent file\n"}, {"", "Sampling Int.: \t1.0 sec\n"}}},
         {"--info without the file", "", "", {}, "--info @/in/none.oge", 2, {}, {}, {}},
@@ -182,6 +204,21 @@ TEST(Qumbrel, OneRunPerCase) {
         Folder r;
         if (c.kind == "text") {
             write_file(r.dir.file(c.source), "not a recorder file");
+        } else if (c.kind == "empty") {
+            write_file(r.dir.file(c.source), "");
+        } else if (c.kind == "random") {
+            std::string bytes;
+            for (int i = 0; i < 4096; ++i) bytes += static_cast<char>((i * 7919 + 13) % 251);
+            write_file(r.dir.file(c.source), bytes);
+        } else if (c.kind == "fifo") {
+            ASSERT_EQ(::mkfifo(r.dir.file(c.source).c_str(), 0600), 0);
+        } else if (c.kind == "folder") {
+            fs::create_directories(r.dir.file(c.source));
+            write_file(r.dir.file(c.source) + "/x", "inside");
+        } else if (c.kind == "KL") {
+            const std::string cmd = QUMBREL_BIN_DIR "/recsim --family KL --kind event --out " +
+                                    sh_quote(r.dir.file(c.source)) + " >/dev/null";
+            ASSERT_EQ(std::system(cmd.c_str()), 0);
         } else if (!c.kind.empty()) {
             r.simulate(c.source, c.kind);
         }
