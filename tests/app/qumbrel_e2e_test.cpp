@@ -104,8 +104,8 @@ struct Folder {
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     // A run in the background, ended by the test.
-    void launch() {
-        const std::string cmd = command("");
+    void launch(const std::string& args = "") {
+        const std::string cmd = command(args);
         if ((pid = fork()) != 0) return;
         execl("/bin/sh", "sh", "-c", cmd.c_str(), nullptr);
         _exit(98);
@@ -302,4 +302,94 @@ TEST(Qumbrel, AutomaticModeConvertsIntoTheSameSubfoldersUntilSigterm) {
     const std::string report = read_file(out + "/line1/deep/c.csv");
     EXPECT_NE(report.find("c.oge"), std::string::npos);
     EXPECT_EQ(report.find(".Error"), std::string::npos);
+}
+
+// Runs of several processes on one program folder: every source is converted exactly
+// once, by whichever run locks it first; the others skip it.
+TEST(Qumbrel, ConcurrentRunsConvertEachSourceOnce) {
+    constexpr int kFiles = 60;
+    for (const std::string mode : {"0", "2"}) {
+        SCOPED_TRACE("binfilemodus " + mode);
+        Folder r;
+        r.start = "filetyp=2\nautostart=0\n";
+        r.file["binfilemodus"] = mode;
+        r.file["targetpathsourcefile"] = "@/done";
+        r.simulate("in/s0.oge", "event", 3000);
+        for (int i = 1; i < kFiles; ++i)
+            fs::copy_file(r.dir.file("in/s0.oge"), r.dir.file("in/s" + std::to_string(i) + ".oge"));
+        // Two scans and, in move mode, four one-shots of files the scans also list (a
+        // one-shot converts a registered file again, as it should, so not in index mode).
+        std::string script = "(";
+        for (int i = 0; i < 2; ++i) script += "(" + r.command("--once") + ") & ";
+        if (mode == "0")
+            for (int i : {5, 17, 33, 59})
+                script += "(" + r.command("@/in/s" + std::to_string(i) + ".oge") + ") & ";
+        script += "wait)";
+        // Each command sends its output to run.out; the last one's is what remains.
+        ASSERT_EQ(std::system(script.c_str()) == -1, false);
+        const Lines reports = files_below(r.dir.file("out"));
+        EXPECT_EQ(reports.size(), static_cast<std::size_t>(kFiles))
+            << ::testing::PrintToString(reports);
+        const std::string reference = read_file(r.dir.file("out/s0.csv"));
+        for (const auto& f : reports) {
+            const std::string text = read_file(r.dir.file("out/" + f));
+            EXPECT_EQ(std::count(text.begin(), text.end(), '\n'),
+                      std::count(reference.begin(), reference.end(), '\n'))
+                << f;
+        }
+        if (mode == "0") {
+            // A second conversion would have moved a second copy as "s<n> (2).oge".
+            EXPECT_EQ(files_below(r.dir.file("done")).size(), static_cast<std::size_t>(kFiles));
+            EXPECT_TRUE(files_below(r.dir.file("in")).empty());
+        } else {
+            const std::string db = read_file(r.dir.file("home/sourcefiledb.dat"));
+            for (int i = 0; i < kFiles; ++i) {
+                const std::string line = "s" + std::to_string(i) + ".oge    ";
+                std::size_t count = 0;
+                for (std::size_t at = db.find(line); at != std::string::npos;
+                     at = db.find(line, at + 1))
+                    if (at == 0 || db[at - 1] == '\n') ++count;
+                EXPECT_EQ(count, 1u) << line;
+            }
+        }
+    }
+}
+
+// kill -9 anywhere in a large report: never a partial file under a report's name, and the
+// source whole in exactly one place.
+TEST(Qumbrel, KilledRunsLeaveNoPartialReport) {
+    for (const std::string format : {"0", "1"}) {
+        SCOPED_TRACE("targetformat " + format);
+        Folder base;
+        base.file["targetformat"] = format;
+        base.simulate("in/a.oge", "event", 60000);
+        const std::string bytes = read_file(base.dir.file("in/a.oge"));
+        const std::string ext = format == "0" ? ".csv" : ".xls";
+        ASSERT_EQ(base.qumbrel("@/in/a.oge"), 0);
+        const std::string reference = read_file(base.dir.file("out/a" + ext));
+        for (int run = 0; run < 25; ++run) {
+            SCOPED_TRACE(run);
+            Folder r;
+            r.file["targetformat"] = format;
+            r.file["targetpathsourcefile"] = "@/done";
+            write_file(r.dir.file("in/a.oge"), bytes);
+            r.launch("@/in/a.oge");
+            // From well before the report starts to past its end.
+            std::this_thread::sleep_for(std::chrono::milliseconds(5 + run * 17 % 400));
+            kill(r.pid, SIGKILL);
+            r.wait_exit();
+            const std::string report = r.dir.file("out/a" + ext);
+            const std::string tmp = r.dir.file("out/a.tmp");
+            if (fs::exists(report)) {
+                EXPECT_EQ(fs::file_size(report), reference.size());
+            }
+            if (fs::exists(tmp)) {
+                EXPECT_EQ(fs::file_size(tmp), reference.size());
+            }
+            int places = 0;
+            for (const char* f : {"in/a.oge", "done/a.oge"})
+                if (fs::exists(r.dir.file(f)) && read_file(r.dir.file(f)) == bytes) ++places;
+            EXPECT_EQ(places, 1);
+        }
+    }
 }
