@@ -1,7 +1,6 @@
 #include "reclib/capi.h"
 
 #include <fcntl.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -9,38 +8,53 @@
 
 namespace qumbrel::reclib::capi {
 
-MappedFile::~MappedFile() {
-    if (data_) ::munmap(const_cast<std::uint8_t*>(data_), size_);
-}
-
-bool MappedFile::open(const char* path) {
-    const int fd = ::open(path, O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return false;
-    struct stat st {};
-    bool ok = ::fstat(fd, &st) == 0 && S_ISREG(st.st_mode);
-    if (ok && st.st_size > 0) {
-        void* p =
-            ::mmap(nullptr, static_cast<std::size_t>(st.st_size), PROT_READ, MAP_PRIVATE, fd, 0);
-        if (p == MAP_FAILED) {
-            ok = false;
-        } else {
-            data_ = static_cast<const std::uint8_t*>(p);
-            size_ = static_cast<std::size_t>(st.st_size);
-        }
-    }
-    ::close(fd);
-    return ok;
-}
-
 std::int32_t HandleTable::open(const char* path, Family family) {
     if (!path) return abi::kErrArgument;
-    auto file = std::make_shared<OpenFile>();
-    if (!file->map.open(path)) return abi::kErrOpen;
-    const ParseStatus st = parse(file->map.bytes(), file->parsed);
-    if (st == ParseStatus::NotRecorderFile || st == ParseStatus::UnsupportedVersion ||
-        file->parsed.family != family) {
-        return abi::kErrFormat;
+    const int fd = ::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    if (fd < 0) return abi::kErrOpen;
+    struct stat st {};
+    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+        ::close(fd);
+        return abi::kErrOpen;
     }
+    const auto same = [&](const OpenFile& f) {
+        return f.device == static_cast<std::uint64_t>(st.st_dev) &&
+               f.inode == static_cast<std::uint64_t>(st.st_ino) &&
+               f.size == static_cast<std::uint64_t>(st.st_size) &&
+               f.mtimeNs == st.st_mtim.tv_sec * 1'000'000'000LL + st.st_mtim.tv_nsec;
+    };
+    std::shared_ptr<const OpenFile> shared;
+    {
+        std::lock_guard lock(mutex_);
+        if (auto it = byPath_.find(path); it != byPath_.end()) {
+            shared = it->second.lock();
+            if (!shared || !same(*shared)) {
+                shared.reset();
+                byPath_.erase(it);
+            }
+        }
+    }
+    if (shared) {
+        ::close(fd);
+    } else {
+        auto file = std::make_shared<OpenFile>();
+        file->path = path;
+        file->device = static_cast<std::uint64_t>(st.st_dev);
+        file->inode = static_cast<std::uint64_t>(st.st_ino);
+        file->size = static_cast<std::uint64_t>(st.st_size);
+        file->mtimeNs = st.st_mtim.tv_sec * 1'000'000'000LL + st.st_mtim.tv_nsec;
+        const ParseStatus status =
+            parse(file_source(fd, static_cast<std::uint64_t>(st.st_size)), file->parsed);
+        if (status == ParseStatus::NotRecorderFile || status == ParseStatus::UnsupportedVersion)
+            return abi::kErrFormat;
+        shared = std::move(file);
+        std::lock_guard lock(mutex_);
+        byPath_[path] = shared;
+        if (byPath_.size() > 256)
+            std::erase_if(byPath_, [](const auto& e) { return e.second.expired(); });
+    }
+    if (shared->parsed.family != family) return abi::kErrFormat;
+    auto file = shared;
     std::lock_guard lock(mutex_);
     if (files_.size() >= static_cast<std::size_t>(abi::kMaxOpenHandles)) {
         auto oldest = std::min_element(files_.begin(), files_.end(), [](auto& a, auto& b) {
@@ -144,52 +158,52 @@ std::uint32_t span_of(std::uint32_t size, std::int32_t start, std::int32_t count
                                    size - static_cast<std::uint32_t>(start));
 }
 
-template <class T, class Get>
-std::int32_t copy_with(const Position& at, std::int32_t start, std::int32_t count, T* out,
-                       Get get) {
-    if (!at.channel || !out) return 0;
-    const std::uint32_t n = span_of(at.limit, start, count);
-    const auto first = static_cast<std::uint32_t>(start);
-    for (std::uint32_t k = 0; k < n; ++k) out[k] = get(*at.channel, at.series, first + k);
-    return static_cast<std::int32_t>(n);
-}
-
 }  // namespace
 
 std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count,
                           std::int16_t* out) {
-    return copy_with(at, start, count, out, [](const ChannelView& c, int s, std::uint32_t i) {
-        const std::int32_t v = c.sample(s, i);
-        return static_cast<std::int16_t>(v < -32768 ? -32768 : (v > 32767 ? 32767 : v));
-    });
+    if (!at.channel || !out) return 0;
+    const std::uint32_t n = span_of(at.limit, start, count);
+    std::int32_t wide[4096];
+    for (std::uint32_t done = 0; done < n;) {
+        const std::uint32_t k = std::min<std::uint32_t>(n - done, 4096);
+        at.channel->samples(at.series, static_cast<std::uint32_t>(start) + done, k, wide);
+        for (std::uint32_t j = 0; j < k; ++j) {
+            const std::int32_t v = wide[j];
+            out[done + j] =
+                static_cast<std::int16_t>(v < -32768 ? -32768 : (v > 32767 ? 32767 : v));
+        }
+        done += k;
+    }
+    return static_cast<std::int32_t>(n);
 }
 std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count,
                           std::int32_t* out) {
-    return copy_with(at, start, count, out,
-                     [](const ChannelView& c, int s, std::uint32_t i) { return c.sample(s, i); });
+    if (!at.channel || !out) return 0;
+    const std::uint32_t n = span_of(at.limit, start, count);
+    if (n > 0) at.channel->samples(at.series, static_cast<std::uint32_t>(start), n, out);
+    return static_cast<std::int32_t>(n);
 }
 std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count, float* out) {
-    return copy_with(at, start, count, out,
-                     [](const ChannelView& c, int s, std::uint32_t i) { return c.fsample(s, i); });
+    if (!at.channel || !out) return 0;
+    const std::uint32_t n = span_of(at.limit, start, count);
+    if (n > 0) at.channel->fsamples(at.series, static_cast<std::uint32_t>(start), n, out);
+    return static_cast<std::int32_t>(n);
 }
 
-std::int32_t copy_bytes(const std::uint8_t* data, std::uint32_t size, const Position& at,
-                        std::int32_t start, std::int32_t count, std::uint8_t* out) {
-    if (!data || !out) return 0;
-    const std::uint32_t n = span_of(std::min(size, at.limit), start, count);
+std::int32_t copy_bytes(const ChannelView& channel, const Position& at, std::int32_t start,
+                        std::int32_t count, std::uint8_t* out) {
+    if (!out) return 0;
+    const std::uint32_t n = span_of(std::min(channel.alarmCount, at.limit), start, count);
     if (n == 0) return 0;
-    std::memcpy(out, data + start, n);
+    channel.alarm_bytes(static_cast<std::uint32_t>(start), n, out);
     return static_cast<std::int32_t>(n);
 }
 
 std::int32_t copy_times(const ParsedFile& p, std::int32_t start, std::int32_t count,
                         std::int32_t* seconds, std::int32_t* ticks) {
     const std::uint32_t n = span_of(p.timeCount, start, count);
-    const auto first = static_cast<std::uint32_t>(start);
-    for (std::uint32_t k = 0; k < n; ++k) {
-        if (seconds) seconds[k] = p.second_at(first + k);
-        if (ticks) ticks[k] = p.tick_at(first + k);
-    }
+    if (n > 0) p.times(static_cast<std::uint32_t>(start), n, seconds, ticks);
     return static_cast<std::int32_t>(n);
 }
 

@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <span>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 
@@ -15,29 +16,20 @@
 
 namespace qumbrel::reclib::capi {
 
-// A file mapped read-only, unmapped on destruction.
-class MappedFile {
-  public:
-    MappedFile() = default;
-    MappedFile(const MappedFile&) = delete;
-    MappedFile& operator=(const MappedFile&) = delete;
-    ~MappedFile();
-    bool open(const char* path);
-    std::span<const std::uint8_t> bytes() const { return {data_, size_}; }
-
-  private:
-    const std::uint8_t* data_ = nullptr;
-    std::size_t size_ = 0;
-};
-
+// A parsed file; its samples are read from the open file when asked for.
 struct OpenFile {
-    MappedFile map;
     ParsedFile parsed;
+    // What names the file on disk, so a second open of the same, unchanged file shares it.
+    std::string path;
+    std::uint64_t device = 0, inode = 0, size = 0;
+    std::int64_t mtimeNs = 0;
 };
 
 // The open handles of one library: at most abi::kMaxOpenHandles, numbered from 1, never 0.
-// When the table is full, an open closes the handle used longest ago. A file stays mapped
-// while a call that looked it up still runs.
+// When the table is full, an open closes the handle used longest ago. A file stays open
+// while a call that looked it up still runs. A file is parsed once while any handle holds
+// it: an open of the same path, unchanged (device, inode, size, modification time), shares
+// the parsed file, so record calls that open by path do not parse again.
 class HandleTable {
   public:
     // Opens, parses and registers a file of `family`; the handle or a negative status.
@@ -52,6 +44,7 @@ class HandleTable {
     };
     mutable std::mutex mutex_;
     mutable std::unordered_map<std::int32_t, Entry> files_;
+    std::unordered_map<std::string, std::weak_ptr<const OpenFile>> byPath_;
     mutable std::uint64_t clock_ = 0;
     std::int32_t next_ = 1;
 };
@@ -128,8 +121,8 @@ std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t c
                           std::int32_t* out);
 std::int32_t copy_samples(const Position& at, std::int32_t start, std::int32_t count, float* out);
 // Per-sample bytes (alarms or flags) of a channel, within the position's limit.
-std::int32_t copy_bytes(const std::uint8_t* data, std::uint32_t size, const Position& at,
-                        std::int32_t start, std::int32_t count, std::uint8_t* out);
+std::int32_t copy_bytes(const ChannelView& channel, const Position& at, std::int32_t start,
+                        std::int32_t count, std::uint8_t* out);
 // Sample times start.. into the two arrays; the count copied.
 std::int32_t copy_times(const ParsedFile& p, std::int32_t start, std::int32_t count,
                         std::int32_t* seconds, std::int32_t* ticks);

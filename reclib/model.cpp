@@ -7,17 +7,24 @@
 namespace qumbrel::reclib {
 
 Fields& Fields::put(std::string_view name, Value v) {
-    for (auto& [n, value] : items_) {
-        if (n == name) {
-            value = std::move(v);
-            return *this;
-        }
+    if (Value* old = const_cast<Value*>(find(name))) {
+        *old = std::move(v);
+        return *this;
     }
     items_.emplace_back(std::string(name), std::move(v));
+    if (items_.size() == kIndexFrom) {
+        for (std::size_t k = 0; k < items_.size(); ++k) index_.emplace(items_[k].first, k);
+    } else if (items_.size() > kIndexFrom) {
+        index_.emplace(items_.back().first, items_.size() - 1);
+    }
     return *this;
 }
 
 const Value* Fields::find(std::string_view name) const {
+    if (!index_.empty()) {
+        const auto it = index_.find(std::string(name));
+        return it == index_.end() ? nullptr : &items_[it->second].second;
+    }
     for (const auto& [n, value] : items_) {
         if (n == name) return &value;
     }

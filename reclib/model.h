@@ -20,6 +20,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -51,10 +52,14 @@ class Fields {
 
     const std::vector<std::pair<std::string, Value>>& items() const { return items_; }
     bool empty() const { return items_.empty(); }
-    bool operator==(const Fields&) const = default;
+    bool operator==(const Fields& other) const { return items_ == other.items_; }
 
   private:
+    // Past a few fields, names are found through an index, so a record of thousands of
+    // fields (hostile or not) is read in linear time.
+    static constexpr std::size_t kIndexFrom = 16;
     std::vector<std::pair<std::string, Value>> items_;
+    std::unordered_map<std::string, std::size_t> index_;
 };
 
 struct Channel {

@@ -1,8 +1,10 @@
 #include "reclib/parser.h"
 
+#include <unistd.h>
 #include <zlib.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstring>
 
@@ -16,6 +18,54 @@ namespace {
 constexpr std::uint32_t kMaxRecordsPerList = 1'000'000;
 constexpr std::size_t kMaxChannels = 4096;
 constexpr std::size_t kMaxLists = 256;
+// A channel's fields must fit in this much of its section; the samples follow them.
+constexpr std::size_t kMaxChannelHead = 1 << 20;
+// Reads of the check sum pass.
+constexpr std::size_t kChunk = 1 << 20;
+
+class MemorySource final : public ByteSource {
+  public:
+    explicit MemorySource(std::span<const std::uint8_t> b) : bytes_(b) {}
+    std::uint64_t size() const override { return bytes_.size(); }
+
+  protected:
+    std::size_t read_some(std::uint64_t offset, void* dst, std::size_t n) const override {
+        if (offset >= bytes_.size()) return 0;
+        const std::size_t got =
+            static_cast<std::size_t>(std::min<std::uint64_t>(n, bytes_.size() - offset));
+        std::memcpy(dst, bytes_.data() + offset, got);
+        return got;
+    }
+
+  private:
+    std::span<const std::uint8_t> bytes_;
+};
+
+class FileSource final : public ByteSource {
+  public:
+    FileSource(int fd, std::uint64_t size) : fd_(fd), size_(size) {}
+    ~FileSource() override { ::close(fd_); }
+    FileSource(const FileSource&) = delete;
+    FileSource& operator=(const FileSource&) = delete;
+    std::uint64_t size() const override { return size_; }
+
+  protected:
+    std::size_t read_some(std::uint64_t offset, void* dst, std::size_t n) const override {
+        std::size_t got = 0;
+        auto* out = static_cast<char*>(dst);
+        while (got < n) {
+            const ssize_t r = ::pread(fd_, out + got, n - got, static_cast<off_t>(offset + got));
+            if (r < 0 && errno == EINTR) continue;
+            if (r <= 0) break;
+            got += static_cast<std::size_t>(r);
+        }
+        return got;
+    }
+
+  private:
+    int fd_;
+    std::uint64_t size_;
+};
 
 // A read position in a byte range; every read is checked against the end.
 class Cursor {
@@ -107,16 +157,24 @@ bool read_list(Cursor& c, ParsedFile& out) {
     return true;
 }
 
-bool read_time(Cursor& c, ParsedFile& out) {
-    const auto count = c.get<std::uint32_t>();
-    if (!c.ok() || count > c.left() / 8) return false;
+// The sections that hold data per sample are read from the source as far as their
+// counts go; the samples themselves stay in the source.
+bool read_time(const ByteSource& src, std::uint64_t at, std::uint64_t size, ParsedFile& out) {
+    if (size < 4) return false;
+    std::uint32_t count = 0;
+    src.read(at, &count, 4);
+    if (count > (size - 4) / 8) return false;
     out.timeCount = count;
-    out.seconds = c.here();
-    out.ticks = c.here() + std::size_t{count} * 4;
-    return c.skip(std::size_t{count} * 8);
+    out.seconds = at + 4;
+    out.ticks = at + 4 + std::uint64_t{count} * 4;
+    return true;
 }
 
-bool read_channel(Cursor& c, ParsedFile& out) {
+bool read_channel(const ByteSource& src, std::uint64_t at, std::uint64_t size, ParsedFile& out) {
+    std::vector<std::uint8_t> head(
+        static_cast<std::size_t>(std::min<std::uint64_t>(size, kMaxChannelHead)));
+    src.read(at, head.data(), head.size());
+    Cursor c(head.data(), head.size());
     ChannelView ch;
     c.get<std::uint32_t>();  // index: channels are kept in file order
     const auto flags = c.get<std::uint8_t>();
@@ -128,69 +186,171 @@ bool read_channel(Cursor& c, ParsedFile& out) {
     ch.type = static_cast<DataType>(type);
     if (!read_fields(c, ch.info)) return false;
     const auto count = c.get<std::uint32_t>();
+    if (!c.ok()) return false;
+    const std::uint64_t used = head.size() - c.left();
     const std::size_t width = ch.type == DataType::Int16 ? 2 : 4;
-    if (!c.ok() || count > c.left() / (width * ch.series)) return false;
+    if (count > (size - used) / (width * ch.series)) return false;
     ch.count = count;
-    ch.data = c.here();
-    if (!c.skip(std::size_t{count} * width * ch.series)) return false;
+    ch.source = out.source.get();
+    ch.data = at + used;
     out.channels.push_back(std::move(ch));
     return true;
 }
 
-bool read_bytes(Cursor& c, ParsedFile& out) {
+bool read_bytes(const ByteSource& src, std::uint64_t at, std::uint64_t size, ParsedFile& out) {
+    if (size < 9) return false;
+    std::uint8_t head[9];
+    src.read(at, head, sizeof head);
+    Cursor c(head, sizeof head);
     const auto index = c.get<std::uint32_t>();
     const auto what = c.get<std::uint8_t>();
     const auto count = c.get<std::uint32_t>();
-    if (!c.ok() || index >= out.channels.size() || count > c.left()) return false;
+    if (index >= out.channels.size() || count > size - 9) return false;
     auto& ch = out.channels[index];
     if (what == format::kBytesAlarms) {
-        ch.alarms = c.here();
+        ch.alarms = at + 9;
         ch.alarmCount = count;
     } else if (what == format::kBytesFlags) {
-        ch.flags = c.here();
+        ch.flags = at + 9;
         ch.flagCount = count;
     } else {
         return false;
     }
-    return c.skip(count);
+    return true;
 }
 
 }  // namespace
 
-std::int32_t ChannelView::sample(int s, std::uint32_t i) const {
-    const std::size_t at = std::size_t{static_cast<std::uint32_t>(s)} * count + i;
-    switch (type) {
-        case DataType::Int16: {
-            std::int16_t v;
-            std::memcpy(&v, data + at * 2, 2);
-            return v;
-        }
-        case DataType::Int32:
-            return load_i32(data + at * 4);
-        case DataType::Float32: {
-            const float f = fsample(s, i);
-            if (!(f > -2147483648.0f)) return f != f ? 0 : INT32_MIN;
-            if (!(f < 2147483647.0f)) return INT32_MAX;
-            return static_cast<std::int32_t>(std::lround(f));
-        }
+void ByteSource::read(std::uint64_t offset, void* dst, std::size_t n) const {
+    const std::size_t got = n == 0 ? 0 : read_some(offset, dst, n);
+    if (got < n) {
+        std::memset(static_cast<char*>(dst) + got, 0, n - got);
+        short_.store(true, std::memory_order_relaxed);
     }
-    return 0;
+}
+
+std::shared_ptr<const ByteSource> memory_source(std::span<const std::uint8_t> bytes) {
+    return std::make_shared<MemorySource>(bytes);
+}
+
+std::shared_ptr<const ByteSource> file_source(int fd, std::uint64_t size) {
+    return std::make_shared<FileSource>(fd, size);
+}
+
+namespace {
+
+std::int32_t saturate(float f) {
+    if (!(f > -2147483648.0f)) return f != f ? 0 : INT32_MIN;
+    if (!(f < 2147483647.0f)) return INT32_MAX;
+    return static_cast<std::int32_t>(std::lround(f));
+}
+
+// Reads of at most this many bytes at a time keep a bulk read's buffer small.
+constexpr std::uint32_t kBulk = 16384;
+
+}  // namespace
+
+std::int32_t ChannelView::sample(int s, std::uint32_t i) const {
+    std::int32_t v = 0;
+    samples(s, i, 1, &v);
+    return v;
 }
 
 float ChannelView::fsample(int s, std::uint32_t i) const {
-    const std::size_t at = std::size_t{static_cast<std::uint32_t>(s)} * count + i;
-    if (type != DataType::Float32) return static_cast<float>(sample(s, i));
-    float f;
-    std::memcpy(&f, data + at * 4, 4);
+    float f = 0;
+    fsamples(s, i, 1, &f);
     return f;
 }
 
+void ChannelView::samples(int s, std::uint32_t first, std::uint32_t n, std::int32_t* out) const {
+    if (!source) {
+        std::fill(out, out + n, 0);
+        return;
+    }
+    const std::size_t width = type == DataType::Int16 ? 2 : 4;
+    const std::uint64_t base =
+        data + (std::uint64_t{static_cast<std::uint32_t>(s)} * count + first) * width;
+    std::uint8_t buf[kBulk * 4];
+    for (std::uint32_t done = 0; done < n;) {
+        const std::uint32_t k = std::min(n - done, kBulk);
+        source->read(base + std::uint64_t{done} * width, buf, k * width);
+        for (std::uint32_t j = 0; j < k; ++j) {
+            const std::uint8_t* p = buf + std::size_t{j} * width;
+            switch (type) {
+                case DataType::Int16: {
+                    std::int16_t v;
+                    std::memcpy(&v, p, 2);
+                    out[done + j] = v;
+                    break;
+                }
+                case DataType::Int32:
+                    out[done + j] = load_i32(p);
+                    break;
+                case DataType::Float32: {
+                    float f;
+                    std::memcpy(&f, p, 4);
+                    out[done + j] = saturate(f);
+                    break;
+                }
+            }
+        }
+        done += k;
+    }
+}
+
+void ChannelView::fsamples(int s, std::uint32_t first, std::uint32_t n, float* out) const {
+    if (type != DataType::Float32 || !source) {
+        std::vector<std::int32_t> ints(std::min(n, kBulk));
+        for (std::uint32_t done = 0; done < n;) {
+            const std::uint32_t k = std::min(n - done, kBulk);
+            samples(s, first + done, k, ints.data());
+            for (std::uint32_t j = 0; j < k; ++j) out[done + j] = static_cast<float>(ints[j]);
+            done += k;
+        }
+        return;
+    }
+    source->read(data + (std::uint64_t{static_cast<std::uint32_t>(s)} * count + first) * 4, out,
+                 std::size_t{n} * 4);
+}
+
+std::uint8_t ChannelView::alarm_at(std::uint32_t i) const {
+    std::uint8_t v = 0;
+    if (source && i < alarmCount) source->read(alarms + i, &v, 1);
+    return v;
+}
+
+std::uint8_t ChannelView::flag_at(std::uint32_t i) const {
+    std::uint8_t v = 0;
+    if (source && i < flagCount) source->read(flags + i, &v, 1);
+    return v;
+}
+
+void ChannelView::alarm_bytes(std::uint32_t first, std::uint32_t n, std::uint8_t* out) const {
+    std::uint32_t k = 0;
+    if (source && first < alarmCount) {
+        k = std::min(n, alarmCount - first);
+        source->read(alarms + first, out, k);
+    }
+    std::fill(out + k, out + n, 0);
+}
+
 std::int32_t ParsedFile::second_at(std::uint32_t i) const {
-    return i < timeCount ? load_i32(seconds + std::size_t{i} * 4) : 0;
+    std::int32_t v = 0;
+    if (i < timeCount) times(i, 1, &v, nullptr);
+    return v;
 }
 
 std::int32_t ParsedFile::tick_at(std::uint32_t i) const {
-    return i < timeCount ? load_i32(ticks + std::size_t{i} * 4) : 0;
+    std::int32_t v = 0;
+    if (i < timeCount) times(i, 1, nullptr, &v);
+    return v;
+}
+
+void ParsedFile::times(std::uint32_t first, std::uint32_t n, std::int32_t* secs,
+                       std::int32_t* tickOut) const {
+    if (!source) return;
+    if (secs) source->read(seconds + std::uint64_t{first} * 4, secs, std::size_t{n} * 4);
+    if (tickOut) source->read(ticks + std::uint64_t{first} * 4, tickOut, std::size_t{n} * 4);
 }
 
 const std::vector<Fields>& ParsedFile::list(std::string_view name) const {
@@ -200,16 +360,26 @@ const std::vector<Fields>& ParsedFile::list(std::string_view name) const {
 }
 
 std::int32_t ParsedFile::status() const {
-    return std::max(checksumOk ? 0 : 1, header.i("status"));
+    const bool shrank = source && source->short_read();
+    return std::max(checksumOk && !shrank ? 0 : 1, header.i("status"));
 }
 
 ParseStatus parse(std::span<const std::uint8_t> bytes, ParsedFile& out) {
+    return parse(memory_source(bytes), out);
+}
+
+ParseStatus parse(std::shared_ptr<const ByteSource> source, ParsedFile& out) {
     out = ParsedFile{};
-    if (bytes.size() < format::kHeaderSize ||
-        std::memcmp(bytes.data(), format::kMagic, sizeof format::kMagic) != 0) {
+    if (!source) return ParseStatus::NotRecorderFile;
+    const ByteSource& src = *source;
+    out.source = std::move(source);
+    const std::uint64_t fileSize = src.size();
+    std::uint8_t header[format::kHeaderSize];
+    if (fileSize < format::kHeaderSize) return ParseStatus::NotRecorderFile;
+    src.read(0, header, sizeof header);
+    if (std::memcmp(header, format::kMagic, sizeof format::kMagic) != 0)
         return ParseStatus::NotRecorderFile;
-    }
-    Cursor h(bytes.data() + sizeof format::kMagic, format::kHeaderSize - sizeof format::kMagic);
+    Cursor h(header + sizeof format::kMagic, format::kHeaderSize - sizeof format::kMagic);
     const auto major = h.get<std::uint16_t>();
     out.minorVersion = h.get<std::uint16_t>();
     const auto family = h.get<std::uint8_t>();
@@ -219,56 +389,72 @@ ParseStatus parse(std::span<const std::uint8_t> bytes, ParsedFile& out) {
     const auto crc = h.get<std::uint32_t>();
     if (major != format::kVersionMajor) return ParseStatus::UnsupportedVersion;
     if (family < 1 || family > 5 || kind < 1 || kind > 3 || headerSize < format::kHeaderSize ||
-        headerSize > bytes.size()) {
+        headerSize > fileSize) {
         return ParseStatus::NotRecorderFile;
     }
     out.family = static_cast<Family>(family);
     out.kind = static_cast<Kind>(kind);
 
-    const std::size_t available = bytes.size() - headerSize;
-    const std::size_t length =
-        static_cast<std::size_t>(std::min<std::uint64_t>(bodyLength, available));
-    const std::uint8_t* body = bytes.data() + headerSize;
-    const uLong bodyCrc = ::crc32_z(::crc32_z(0L, Z_NULL, 0), body, length);
-    out.checksumOk =
-        bodyLength == length &&
-        ::crc32_z(bodyCrc, bytes.data() + format::kCrcHeaderFrom, format::kCrcHeaderLength) == crc;
+    const std::uint64_t available = fileSize - headerSize;
+    const std::uint64_t length = std::min<std::uint64_t>(bodyLength, available);
+    // The check sum over the body, read in chunks.
+    {
+        std::vector<std::uint8_t> chunk(
+            static_cast<std::size_t>(std::min<std::uint64_t>(length, kChunk)));
+        uLong bodyCrc = ::crc32_z(0L, Z_NULL, 0);
+        for (std::uint64_t at = 0; at < length;) {
+            const auto n = static_cast<std::size_t>(std::min<std::uint64_t>(length - at, kChunk));
+            src.read(headerSize + at, chunk.data(), n);
+            bodyCrc = ::crc32_z(bodyCrc, chunk.data(), n);
+            at += n;
+        }
+        out.checksumOk = bodyLength == length && ::crc32_z(bodyCrc, header + format::kCrcHeaderFrom,
+                                                           format::kCrcHeaderLength) == crc;
+    }
 
     bool sound = true;
-    Cursor c(body, length);
-    while (c.left() >= format::kSectionHeaderSize) {
-        const auto tag = c.get<std::uint32_t>();
-        const auto size = c.get<std::uint32_t>();
-        if (size > c.left()) {
+    std::uint64_t at = headerSize;
+    const std::uint64_t end = headerSize + length;
+    std::vector<std::uint8_t> section;
+    while (end - at >= format::kSectionHeaderSize) {
+        std::uint8_t sh[format::kSectionHeaderSize];
+        src.read(at, sh, sizeof sh);
+        Cursor hc(sh, sizeof sh);
+        const auto tag = hc.get<std::uint32_t>();
+        const auto size = hc.get<std::uint32_t>();
+        at += format::kSectionHeaderSize;
+        if (size > end - at) {
             sound = false;  // truncated: the rest is lost
+            at = end;
             break;
         }
-        Cursor s(c.here(), size);
-        c.skip(size);
         bool ok = true;
         switch (tag) {
             case format::kTagHead:
-                ok = read_fields(s, out.header);
+            case format::kTagList: {
+                section.resize(size);
+                src.read(at, section.data(), size);
+                Cursor s(section.data(), size);
+                ok = tag == format::kTagHead ? read_fields(s, out.header) : read_list(s, out);
                 break;
-            case format::kTagList:
-                ok = read_list(s, out);
-                break;
+            }
             case format::kTagTime:
-                ok = read_time(s, out);
+                ok = read_time(src, at, size, out);
                 break;
             case format::kTagChannel:
-                ok = read_channel(s, out);
+                ok = read_channel(src, at, size, out);
                 break;
             case format::kTagBytes:
-                ok = read_bytes(s, out);
+                ok = read_bytes(src, at, size, out);
                 break;
             default:
                 break;  // a section of a newer minor version
         }
+        at += size;
         sound = sound && ok;
     }
-    if (c.left() != 0) sound = false;
-    if (!sound) out.checksumOk = false;
+    if (at != end) sound = false;
+    if (!sound || src.short_read()) out.checksumOk = false;
     return out.checksumOk ? ParseStatus::Ok : ParseStatus::Damaged;
 }
 
@@ -298,8 +484,8 @@ RecorderFile to_model(const ParsedFile& p) {
                 }
             }
         }
-        ch.alarms.assign(v.alarms, v.alarms + v.alarmCount);
-        ch.flags.assign(v.flags, v.flags + v.flagCount);
+        for (std::uint32_t i = 0; i < v.alarmCount; ++i) ch.alarms.push_back(v.alarm_at(i));
+        for (std::uint32_t i = 0; i < v.flagCount; ++i) ch.flags.push_back(v.flag_at(i));
         f.channels.push_back(std::move(ch));
     }
     return f;

@@ -1,8 +1,8 @@
 #pragma once
 // The VT family reader (.ogd display files, .oge event files) over the VT library.
 //
-// Every reader opens the file by path and closes it again, except VTGetMeasData, which
-// leaves its handle open to the end of the process (kept so). Paths go to the library as
+// Every reader opens the file by path and closes it again; the measured values come
+// through a cursor that holds its handle while it lives. Paths go to the library as
 // they are (the system's code page is UTF-8 here); texts come back decoded from
 // Windows-1252 after the filters. Each reader has an error trap: a run-time error (a
 // missing library included) goes to the error log under the reader's name and the reader
@@ -18,12 +18,14 @@
 //   VTGetInfo(ctx, path, info);
 //   if (info.status > 0) { /* damaged */ }
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "frame/context.h"
 #include "frame/flag.h"
+#include "recorder/sample_cursor.h"
 #include "recorder/sample_matrix.h"
 
 namespace qumbrel {
@@ -173,6 +175,14 @@ void VTGetChDataInfo(Program& ctx, const std::string& path, std::int32_t channel
 
 // `channels` are the decimal texts of the channel numbers of positions 1..n (element 0 is
 // position 1); `decimals` the matching decimals. Channels above 30 are math channels.
+// The samples a block at a time; the cursor holds its library handle until destroyed.
+std::unique_ptr<SampleCursor> VTOpenMeasData(Program& ctx, const std::string& path,
+                                             std::span<const std::string> channels,
+                                             std::int32_t dataCount,
+                                             std::span<const std::int32_t> decimals,
+                                             Flag singleValue,
+                                             std::size_t blockSize = kDefaultSampleBlock);
+// All samples at once, through the cursor.
 void VTGetMeasData(Program& ctx, const std::string& path, std::span<const std::string> channels,
                    std::int32_t dataCount, std::span<const std::int32_t> decimals, VTMeasData& out,
                    Flag singleValue);

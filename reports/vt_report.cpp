@@ -25,6 +25,9 @@ namespace {
 // More channels than this in one header is no VT file; sizing arrays by it is refused.
 constexpr std::int64_t kMaxChannels = 4096;
 
+// A reader that failed has reported it under its own name; the report only ends.
+struct ReaderFailed {};
+
 // "ALL" in the Channels list stands for this channel number in the end-of-line test.
 constexpr std::int32_t kAllChannels = 60;
 
@@ -96,6 +99,9 @@ class VtReport {
     int run() {
         try {
             return convert();
+        } catch (const ReaderFailed&) {
+            close_quietly();
+            return 1;
         } catch (...) {
             report_trapped(ctx_, step_, stepNo_);
             close_quietly();
@@ -504,62 +510,58 @@ void VtReport::write_samples(bool eventFile) {
     std::vector<std::string> numbers(ch_.number.begin() + 1, ch_.number.begin() + 1 + channels_);
     std::vector<std::int32_t> decimals(ch_.decimals.begin() + 1,
                                        ch_.decimals.begin() + 1 + channels_);
-    VTMeasData data;
-    VTGetMeasData(ctx_, source_, numbers, count, decimals, data, to_flag(eventFile));
+    auto cursor = VTOpenMeasData(ctx_, source_, numbers, count, decimals, to_flag(eventFile));
     if (count <= 0) return;
 
     stepNo_ = 12;
-    // A reader that failed leaves arrays too small for the count.
-    const auto n = static_cast<std::size_t>(count);
-    const auto cols = static_cast<std::size_t>(channels_) + 1;
-    if (data.dates.size() < n || data.times.size() < n || data.timesWithMs.size() < n ||
-        data.firstValues.rows() <= n || (channels_ > 0 && data.firstValues.cols() < cols) ||
-        (!eventFile && channels_ > 0 &&
-         (data.secondValues.rows() <= n || data.secondValues.cols() < cols)))
-        throw VbError(errnum::kSubscriptOutOfRange, "Subscript out of range: samples");
-
     bool timeSelect = false;
     if (const auto ts = vb::CDbl(ctx_.opt.TimeSelect, ctx_.regional.profile()))
         timeSelect = *ts == 1;
     const std::string progress = fkt_translate(ctx_, "insertvalue");
     const std::string total = "/" + std::to_string(count);
     const bool plain = ctx_.state<PlainTimeState>().plainTime;
-    const TextColumn& timeColumn = plain ? data.times : data.timesWithMs;
 
-    for (std::int32_t s = 1; s <= count; ++s) {
-        const auto at = static_cast<std::size_t>(s - 1);
-        endOfLine = false;
-        Flag selected = kTrue;
-        if (timeSelect) {
-            const std::string_view t = data.times[at];
-            fkt_timeinwindow(t.substr(0, 8), ctx_.opt.TimeStart, ctx_.opt.TimeStop, selected);
-        }
-        if (is_set(selected)) {
-            if (s % 10 == 0) status(progress + std::to_string(s) + total);
-            next_row();
-            put(0, std::string(data.dates[at]), false, 0);
-            put(1, std::string(timeColumn[at]), false, 0);
-            for (std::int32_t c = 1; c <= channels_; ++c) {
-                const std::int32_t chNo = ch_.chNo[c];
-                if (chNo == highest_) endOfLine = true;
-                if (shown_[static_cast<std::size_t>(c)]) {
-                    const std::int32_t col = columns_[static_cast<std::size_t>(c)];
-                    const auto sample = static_cast<std::size_t>(s);
-                    const auto pos = static_cast<std::size_t>(c);
-                    if (eventFile) {
-                        // No line end here, whatever the flag says (kept so).
-                        put_at(col, sample_value(data.firstValues.at(sample, pos)), false, 4);
-                    } else {
-                        put_at(col, sample_value(data.firstValues.at(sample, pos)), false, 0);
-                        put_at(checked(std::int64_t{col} + 1),
-                               sample_value(data.secondValues.at(sample, pos)), endOfLine, 0);
-                    }
-                }
-                if (endOfLine) break;
+    SampleBlock data;
+    std::int32_t s = 0;
+    while (s < count && cursor->next(data)) {
+        const TextColumn& timeColumn = plain ? data.times : data.timesWithMs;
+        for (std::size_t at = 0; at < data.count && s < count; ++at) {
+            ++s;
+            endOfLine = false;
+            Flag selected = kTrue;
+            if (timeSelect) {
+                const std::string_view t = data.times[at];
+                fkt_timeinwindow(t.substr(0, 8), ctx_.opt.TimeStart, ctx_.opt.TimeStop, selected);
             }
+            if (is_set(selected)) {
+                if (s % 10 == 0) status(progress + std::to_string(s) + total);
+                next_row();
+                put(0, std::string(data.dates[at]), false, 0);
+                put(1, std::string(timeColumn[at]), false, 0);
+                const auto sample = at + 1;
+                for (std::int32_t c = 1; c <= channels_; ++c) {
+                    const std::int32_t chNo = ch_.chNo[c];
+                    if (chNo == highest_) endOfLine = true;
+                    if (shown_[static_cast<std::size_t>(c)]) {
+                        const std::int32_t col = columns_[static_cast<std::size_t>(c)];
+                        const auto pos = static_cast<std::size_t>(c);
+                        if (eventFile) {
+                            // No line end here, whatever the flag says (kept so).
+                            put_at(col, sample_value(data.firstValues.at(sample, pos)), false, 4);
+                        } else {
+                            put_at(col, sample_value(data.firstValues.at(sample, pos)), false, 0);
+                            put_at(checked(std::int64_t{col} + 1),
+                                   sample_value(data.secondValues.at(sample, pos)), endOfLine, 0);
+                        }
+                    }
+                    if (endOfLine) break;
+                }
+            }
+            if (!endOfLine) end_line();
         }
-        if (!endOfLine) end_line();
     }
+    // The reader has logged why under its own name; the report ends there, marked failed.
+    if (cursor->failed()) throw ReaderFailed{};
 }
 
 int VtReport::close_output() {

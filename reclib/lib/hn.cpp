@@ -46,12 +46,13 @@ std::int32_t fifo_data(std::int32_t handle, std::int32_t fifoId, std::int32_t fi
         return abi::kErrIndex;
     }
     const std::int32_t n = copy_samples(channel_position(h.p(), c, 0), start, count, samples);
-    for (std::int32_t k = 0; k < n; ++k) {
-        const auto i = static_cast<std::uint32_t>(start + k);
-        if (seconds) seconds[k] = h.p().second_at(i);
-        if (ticks) ticks[k] = h.p().tick_at(i);
-        if (flags) flags[k] = i < c.flagCount ? c.flags[i] : 0;
-        if (alarms) alarms[k] = i < c.alarmCount ? c.alarms[i] : 0;
+    if (n <= 0) return n;
+    const auto first = static_cast<std::uint32_t>(start);
+    const auto count32 = static_cast<std::uint32_t>(n);
+    h.p().times(first, count32, seconds, ticks);
+    for (std::uint32_t k = 0; k < count32; ++k) {
+        if (flags) flags[k] = c.flag_at(first + k);
+        if (alarms) alarms[k] = c.alarm_at(first + k);
     }
     return n;
 }

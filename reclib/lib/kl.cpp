@@ -315,9 +315,7 @@ int32_t DllKLgetAlarm(int32_t handle, int32_t position, int32_t start, int32_t c
     return guarded([&] {
         const Handle h = lookup(handle);
         const Position at = resolve(h.p(), position);
-        put(received, at.channel ? copy_bytes(at.channel->alarms, at.channel->alarmCount, at, start,
-                                              count, flags)
-                                 : 0);
+        put(received, at.channel ? copy_bytes(*at.channel, at, start, count, flags) : 0);
         if (!h.file) return abi::kErrHandle;
         return at.channel ? abi::kOk : abi::kErrIndex;
     });

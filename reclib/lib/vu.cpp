@@ -282,7 +282,7 @@ int32_t DllVUGetAlarmData(int32_t handle, int32_t position, int32_t start, int32
         const Position at = resolve(h.p(), position);
         if (!h.file) return abi::kErrHandle;
         if (!at.channel) return abi::kErrIndex;
-        return copy_bytes(at.channel->alarms, at.channel->alarmCount, at, start, count, flags);
+        return copy_bytes(*at.channel, at, start, count, flags);
     });
 }
 
