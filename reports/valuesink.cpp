@@ -58,6 +58,11 @@ std::string csv_field(const Program& ctx, const CellValue& v, std::int32_t iValu
         return field;
     }
     if (std::holds_alternative<EmptyValue>(v)) return field;  // IsNumeric(Empty) is true
+    // The text of a number is numeric under the rules that wrote it: no test needed.
+    if (std::holds_alternative<double>(v) || std::holds_alternative<std::int32_t>(v)) {
+        append_value_text(field, ctx, v);
+        return field;
+    }
     std::string text;
     append_value_text(text, ctx, v);
     const bool numeric =
