@@ -153,6 +153,14 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                 return outcome;
         }
 
+        // One parse of the file serves every reader of this conversion.
+        std::shared_ptr<void> held;
+        {
+            const auto fam = family_of_extension(Cls_APIFile::GetFileExtension(source, true));
+            const FamilyFunctions* f = fam ? &family_table(ctx).of(fam->family) : nullptr;
+            if (f && f->holdOpen) held = f->holdOpen(ctx, source);
+        }
+
         step = 2;
         bool alreadyRegistered = false;
         if (o.binfilemodus == 2 &&
@@ -384,6 +392,9 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
         }
         if (!reportComplete && errorCount == 0) errorCount = 1;
         outcome.errorCount = errorCount;
+
+        // The library lets go of the file before it is moved or deleted.
+        held.reset();
 
         step = 16;
         if (!excelFailed && !is_set(ctx.run.bDebug)) {

@@ -12,6 +12,7 @@ FamilyTable default_family_table() {
         const std::string type = VTgetTypeFile(ctx, path);
         return type.empty() || type == vt_type_text(0) ? "no VT file header" : "";
     };
+    t.vt.holdOpen = VTHoldOpen;
     t.vt.fileElements = VTGetFileElements;
     t.vt.fileInfo = fkt_ReadVTFileInfo;
     t.vt.convertCSVXLS = fkt_VTconvertCSVXLS;

@@ -3,6 +3,7 @@
 // and the report generators. A family whose reader or generator is not built leaves its
 // slot empty: the elements of the previous file stand, and no report is written.
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -21,8 +22,13 @@ using InfoReader = std::function<void(Program&, FileInfoList&, const std::string
 // Why a file is no recorder file of the family ("" when it is one).
 using TypeCheck = std::function<std::string(Program&, const std::string&)>;
 
+// Keeps the file open in the family's library while the result lives, so that the
+// readers, which open the file by path call after call, share one parse of it.
+using HoldOpen = std::function<std::shared_ptr<void>(Program&, const std::string&)>;
+
 struct FamilyFunctions {
     TypeCheck typeCheck;
+    HoldOpen holdOpen;
     ElementsReader fileElements;
     InfoReader fileInfo;
     ReportGenerator convertCSVXLS;

@@ -13,7 +13,8 @@
 //   SampleBlock block;
 //   auto cursor = VTOpenMeasData(ctx, path, channels, count, decimals, singleValue);
 //   while (cursor->next(block))
-//       for (std::size_t r = 0; r < block.count; ++r) use(block.dates[r], block.firstValues.at(r + 1, c));
+//       for (std::size_t r = 0; r < block.count; ++r) use(block.dates[r], block.firstValues.at(r +
+//       1, c));
 //
 // A failing library call inside next() goes to the family reader's trap under its name
 // (e.g. "VTGetMeasData()") with its step, as the whole-file reader did; next() then returns

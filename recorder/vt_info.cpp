@@ -59,6 +59,19 @@ std::string VTgetTypeFile(Program& ctx, const std::string& path) {
     return {};
 }
 
+std::shared_ptr<void> VTHoldOpen(Program& ctx, const std::string& path) {
+    try {
+        const auto& lib = recorder::vt_library(ctx);
+        std::int32_t handle = 0;
+        lib.DllVTopenReadFile(path.c_str(), &handle);
+        if (handle <= 0) return nullptr;
+        return std::shared_ptr<void>(nullptr,
+                                     [&lib, handle](void*) { lib.DllVTcloseReadFile(handle); });
+    } catch (...) {
+        return nullptr;  // no library: the readers report it themselves
+    }
+}
+
 void GetStartStopReason(std::int32_t startCode, std::int32_t stopCode, std::int32_t startKind,
                         std::int32_t stopKind, StartStopReason& out) {
     switch (startCode) {

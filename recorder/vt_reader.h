@@ -153,6 +153,10 @@ std::string vt_type_text(std::int32_t code);
 
 std::string VTgetTypeFile(Program& ctx, const std::string& path);
 
+// Holds a library handle on the file until the result is released (nothing when the file
+// cannot be opened), so the readers' opens by path share one parse of it.
+std::shared_ptr<void> VTHoldOpen(Program& ctx, const std::string& path);
+
 void VTGetInfo(Program& ctx, const std::string& path, VTInfo& out);
 
 void GetStartStopReason(std::int32_t startCode, std::int32_t stopCode, std::int32_t startKind,

@@ -20,7 +20,7 @@ bool append_scaled(std::string& out, double value, std::string_view decimal) {
     for (int d = 0; d < 10; ++d) {
         const double scaled = value * kPow10[d];
         if (!(scaled > -9e15 && scaled < 9e15)) return false;
-        const auto x = static_cast<std::int64_t>(std::llround(scaled));
+        const auto x = static_cast<std::int64_t>(scaled < 0 ? scaled - 0.5 : scaled + 0.5);
         if (static_cast<double>(x) / kPow10[d] != value) continue;
         // More than 15 digits: the general conversion rounds them.
         if (x >= 1'000'000'000'000'000 || x <= -1'000'000'000'000'000) return false;

@@ -47,7 +47,9 @@ void append_value_text(std::string& out, const Program& ctx, const CellValue& v)
 std::string csv_field(const Program& ctx, const CellValue& v, std::int32_t iValueType) {
     std::string field;
     if (iValueType != 0) {
-        const bool quoted = ctx.opt.decseparator == ctx.opt.listseparator;
+        const std::string& a = ctx.opt.decseparator;
+        const std::string& b = ctx.opt.listseparator;
+        const bool quoted = a.size() == b.size() && (a.empty() || a[0] == b[0]) && a == b;
         if (quoted) field.push_back('"');
         if (const auto* s = std::get_if<std::string>(&v)) {
             field.append(trim_spaces(*s));
@@ -103,12 +105,17 @@ void write_xls(Program& ctx, std::int32_t iColum, std::int32_t iRow, const CellV
 void end_line(Program& ctx, SinkState& s) {
     const std::string& sep = ctx.opt.listseparator;
     const bool cutFirst = utf8_length(sep) == 1;
+    std::string& line = s.line;
+    line.clear();
     for (std::size_t i = 1; i < s.fields.size(); ++i) {
-        if (i > 1 || !cutFirst) s.csv.write(sep);
-        s.csv.write(s.fields[i]);
+        if (i > 1 || !cutFirst) line += sep;
+        line += s.fields[i];
+        s.fields[i].clear();
     }
-    s.csv.write(std::string_view("\r\n", 2));
-    s.fields.assign(2, std::string());
+    line += "\r\n";
+    s.csv.write(line);
+    // Cleared elements keep their buffers for the next line.
+    s.fields.resize(2);
 }
 
 const std::vector<SinkState::ChannelEntry>& channel_entries(Program& ctx) {

@@ -28,6 +28,7 @@ using FieldArray = std::vector<std::string>;
 struct SinkState {
     FieldArray fields;  // empty until the first value of the run arrives
     OutputFile csv;     // the CSV output file, opened by the generator
+    std::string line;   // the line being joined, kept for its buffer
     std::unique_ptr<ExcelFile> g_ExcelFile;
 
     // Channels parsed once per distinct list: "ALL" or the entry's leading number.

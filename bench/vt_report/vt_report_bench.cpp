@@ -15,6 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <cstdio>
@@ -40,6 +41,34 @@ struct Settings {
     std::int32_t channels = 30;
     int repeat = 1;
 };
+
+// The pandas peer: DataFrame.to_csv of the same shape (a date and a time column, then the
+// value columns with one decimal), timed inside Python around to_csv only. Debian's
+// python3, not a pyenv one; nothing when pandas is missing.
+double pandas_seconds(std::int32_t samples, std::int32_t channels, const std::string& out) {
+    const std::string script =
+        "import sys,time,numpy as np,pandas as pd\n"
+        "n,c=int(sys.argv[1]),int(sys.argv[2])\n"
+        "t=pd.date_range('2023-11-14 22:13:20',periods=n,freq='s')\n"
+        "d={'date':t.strftime('%m/%d/%Y'),'time':t.strftime('%I:%M:%S %p')}\n"
+        "rng=np.random.default_rng(1)\n"
+        "for k in range(c): d['ch%d'%(k+1)]=np.round(rng.integers(-2000,2000,n)/10.0,1)\n"
+        "df=pd.DataFrame(d)\n"
+        "t0=time.perf_counter(); df.to_csv(sys.argv[3],index=False,lineterminator='\\r\\n')\n"
+        "print(time.perf_counter()-t0)\n";
+    const std::string py = out + ".py";
+    std::ofstream(py) << script;
+    const std::string cmd = "/usr/bin/python3 " + py + " " + std::to_string(samples) + " " +
+                            std::to_string(channels) + " " + out + " 2>/dev/null";
+    FILE* p = ::popen(cmd.c_str(), "r");
+    if (!p) return -1;
+    char line[64] = {0};
+    const bool got = std::fgets(line, sizeof line, p) != nullptr;
+    const int rc = ::pclose(p);
+    fs::remove(py);
+    fs::remove(out);
+    return got && rc == 0 ? std::atof(line) : -1;
+}
 
 class NullEventLog final : public EventLogBackend {
   public:
@@ -92,9 +121,11 @@ void cell_head(std::string& out, unsigned id, unsigned len, std::int64_t row, un
     out.append(3, '\0');
 }
 
-// The bare writer: the reader's arrays, then every value of the report's sample rows in
-// one buffer and one write.
-int bare_writer(const Settings& s, const std::string& src, const std::string& out, bool xls) {
+// The bare writer: the same reader's blocks, every value of the report's sample rows by
+// std::to_chars into a 1 MB buffer written as it fills. With `durable` the file is written
+// under a temporary name, synced and renamed, as the reports are.
+int bare_writer(const Settings& s, const std::string& src, const std::string& out, bool xls,
+                bool durable = false) {
     HeadlessHost host(false);  // status list down: the runs print nothing
     ManualClock clock;
     NullEventLog events;
@@ -107,48 +138,65 @@ int bare_writer(const Settings& s, const std::string& src, const std::string& ou
         channels.push_back(std::to_string(c));
         decimals.push_back(1);
     }
-    VTMeasData data;
-    VTGetMeasData(ctx, src, channels, s.samples, decimals, data, kTrue);
-    if (data.dates.size() < static_cast<std::size_t>(s.samples)) return 3;
-
+    const std::string path = durable ? out + ".part" : out;
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0) return 3;
     std::string buf;
-    buf.reserve(static_cast<std::size_t>(s.samples) *
-                (xls ? 19 * (s.channels + 2) : 8 * (s.channels + 4)));
+    buf.reserve(1 << 21);
+    bool ok = true;
+    auto drain = [&](bool all) {
+        if (!all && buf.size() < (1u << 20)) return;
+        ok = ok && ::write(fd, buf.data(), buf.size()) == static_cast<ssize_t>(buf.size());
+        buf.clear();
+    };
+    auto cursor = VTOpenMeasData(ctx, src, channels, s.samples, decimals, kTrue);
+    SampleBlock data;
     char num[32];
-    for (std::int32_t r = 1; r <= s.samples; ++r) {
-        const auto i = static_cast<std::size_t>(r - 1);
-        if (xls) {
-            for (unsigned c = 0; c < 2; ++c) {
-                const std::string_view t = c == 0 ? data.dates[i] : data.times[i];
-                cell_head(buf, 0x04, static_cast<unsigned>(8 + t.size()), r, c);
-                buf.push_back(static_cast<char>(t.size()));
-                buf.append(t);
-            }
-            for (std::int32_t c = 1; c <= s.channels; ++c) {
-                const double v = data.firstValues.value(static_cast<std::size_t>(r),
-                                                        static_cast<std::size_t>(c));
-                cell_head(buf, 0x03, 15, r, static_cast<unsigned>(c + 1));
-                char bytes[8];
-                std::memcpy(bytes, &v, 8);
-                buf.append(bytes, 8);
-            }
-        } else {
-            buf.append(data.dates[i]);
-            buf.push_back(',');
-            buf.append(data.times[i]);
-            for (std::int32_t c = 1; c <= s.channels; ++c) {
-                const double v = data.firstValues.value(static_cast<std::size_t>(r),
-                                                        static_cast<std::size_t>(c));
+    std::int64_t r = 0;
+    while (r < s.samples && cursor->next(data)) {
+        for (std::size_t i = 0; i < data.count && r < s.samples; ++i) {
+            ++r;
+            if (xls) {
+                for (unsigned c = 0; c < 2; ++c) {
+                    const std::string_view t = c == 0 ? data.dates[i] : data.times[i];
+                    cell_head(buf, 0x04, static_cast<unsigned>(8 + t.size()), r, c);
+                    buf.push_back(static_cast<char>(t.size()));
+                    buf.append(t);
+                }
+                for (std::int32_t c = 1; c <= s.channels; ++c) {
+                    const double v = data.firstValues.value(i + 1, static_cast<std::size_t>(c));
+                    cell_head(buf, 0x03, 15, r, static_cast<unsigned>(c + 1));
+                    char bytes[8];
+                    std::memcpy(bytes, &v, 8);
+                    buf.append(bytes, 8);
+                }
+            } else {
+                buf.append(data.dates[i]);
                 buf.push_back(',');
-                const auto res = std::to_chars(num, num + sizeof num, v);
-                buf.append(num, res.ptr);
+                buf.append(data.times[i]);
+                for (std::int32_t c = 1; c <= s.channels; ++c) {
+                    const double v = data.firstValues.value(i + 1, static_cast<std::size_t>(c));
+                    buf.push_back(',');
+                    const auto res = std::to_chars(num, num + sizeof num, v);
+                    buf.append(num, res.ptr);
+                }
+                buf.append("\r\n");
             }
-            buf.append("\r\n");
+            drain(false);
         }
     }
-    std::ofstream f(out, std::ios::binary);
-    f.write(buf.data(), static_cast<std::streamsize>(buf.size()));
-    return f.good() ? 0 : 3;
+    drain(true);
+    if (durable) ok = ok && ::fsync(fd) == 0;
+    ok = ::close(fd) == 0 && ok;
+    if (durable && ok) {
+        ok = ::rename(path.c_str(), out.c_str()) == 0;
+        const int dir = ::open(fs::path(out).parent_path().c_str(), O_RDONLY | O_DIRECTORY);
+        if (dir >= 0) {
+            ::fsync(dir);
+            ::close(dir);
+        }
+    }
+    return ok && r == s.samples ? 0 : 3;
 }
 
 void write_options(const std::string& home, const std::string& target, int format,
@@ -160,23 +208,81 @@ void write_options(const std::string& home, const std::string& target, int forma
         << "\nlanguage=" << bin << "/english.lng\n[userdefined]\nChannels=ALL\n";
 }
 
+std::vector<std::int32_t> parse_list(const char* text) {
+    std::vector<std::int32_t> out;
+    for (const char* p = text; *p;) {
+        out.push_back(std::atoi(p));
+        while (*p && *p != ',') ++p;
+        if (*p == ',') ++p;
+    }
+    return out;
+}
+
+std::string make_file(const std::string& recsim, const std::string& dir, std::int32_t samples,
+                      std::int32_t channels, int records, const std::string& name) {
+    const std::string src = dir + "/" + name;
+    const std::string cmd = recsim + " --family VT --kind event --channels " +
+                            std::to_string(channels) + " --samples " + std::to_string(samples) +
+                            " --alarms " + std::to_string(records) + " --messages " +
+                            std::to_string(records) + " --seed 1 --out " + src + " >/dev/null";
+    return std::system(cmd.c_str()) == 0 ? src : std::string();
+}
+
+struct Case {
+    std::string name;
+    std::function<int()> run;
+    std::string output;
+};
+
+// Best of `repeat` child runs; the largest peak RSS of them.
+Outcome best_of(const Case& c, int repeat) {
+    Outcome best;
+    for (int r = 0; r < repeat; ++r) {
+        const Outcome o = run_child(c.run);
+        if (!o.ok) return Outcome{};
+        if (!best.ok || o.seconds < best.seconds) {
+            const long rss = std::max(best.maxrssKib, o.maxrssKib);
+            best = o;
+            best.maxrssKib = rss;
+        }
+        best.maxrssKib = std::max(best.maxrssKib, o.maxrssKib);
+    }
+    if (!fs::exists(c.output)) best.ok = false;
+    return best;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     Settings s;
-    for (int i = 1; i + 1 < argc; i += 2) {
+    std::vector<std::int32_t> sizes{1000000};
+    bool records = false, oneshot = false;
+    for (int i = 1; i < argc; ++i) {
         const std::string key = argv[i];
-        const int value = std::atoi(argv[i + 1]);
-        if (key == "--samples")
-            s.samples = value;
-        else if (key == "--channels")
-            s.channels = value;
-        else if (key == "--repeat")
-            s.repeat = value;
+        const char* value = i + 1 < argc ? argv[i + 1] : "";
+        if (key == "--samples") {
+            sizes = parse_list(value);
+            ++i;
+        } else if (key == "--channels") {
+            s.channels = std::atoi(value);
+            ++i;
+        } else if (key == "--repeat") {
+            s.repeat = std::atoi(value);
+            ++i;
+        } else if (key == "--records") {
+            records = true;
+        } else if (key == "--oneshot") {
+            oneshot = true;
+        } else {
+            sizes.clear();
+        }
     }
-    if (s.samples <= 0 || s.channels <= 0 || s.channels > 30 || s.repeat <= 0) {
+    const bool sizesOk = !sizes.empty() && std::all_of(sizes.begin(), sizes.end(),
+                                                       [](std::int32_t n) { return n > 0; });
+    if (!sizesOk || s.channels <= 0 || s.channels > 30 || s.repeat <= 0) {
         std::fprintf(stderr,
-                     "usage: bench_vt_report [--samples N] [--channels 1..30] [--repeat N]\n");
+                     "usage: bench_vt_report [--samples N[,N...]] [--channels 1..30] "
+                     "[--repeat N] [--records] [--oneshot]\n");
         return 2;
     }
     const std::string bin = fs::canonical("/proc/self/exe").parent_path().string();
@@ -192,66 +298,114 @@ int main(int argc, char** argv) {
     const char* made = ::mkdtemp(pattern);
     if (!made) return 2;
     const std::string dir = made;
-    const std::string src = dir + "/bench.oge";
-    const std::string cmd = recsim + " --family VT --kind event --channels " +
-                            std::to_string(s.channels) + " --samples " + std::to_string(s.samples) +
-                            " --seed 1 --out " + src;
-    if (std::system(cmd.c_str()) != 0) return 2;
     write_options(dir + "/home-csv", dir + "/csv", 0, bin);
     write_options(dir + "/home-xls", dir + "/xls", 1, bin);
-
-    struct Case {
-        const char* name;
-        std::function<int()> run;
-        std::string output;
-    };
-    const std::vector<Case> cases{
-        {"qumbrel CSV", [&] { return exec_qumbrel(qumbrel, dir + "/home-csv", src); },
-         dir + "/csv/bench.csv"},
-        {"bare CSV", [&] { return bare_writer(s, src, dir + "/bare.csv", false); },
-         dir + "/bare.csv"},
-        {"qumbrel XLS", [&] { return exec_qumbrel(qumbrel, dir + "/home-xls", src); },
-         dir + "/xls/bench.xls"},
-        {"bare XLS", [&] { return bare_writer(s, src, dir + "/bare.xls", true); },
-         dir + "/bare.xls"},
-    };
-
-    const double values = static_cast<double>(s.samples) * s.channels;
-    std::printf("VT event file: %d samples x %d channels (%.1f MB), best of %d\n", s.samples,
-                s.channels, static_cast<double>(fs::file_size(src)) / 1e6, s.repeat);
-    std::printf("%-12s %9s %13s %12s %11s %9s\n", "case", "seconds", "values/s", "peak RSS MB",
-                "output MB", "x bare");
     int rc = 0;
-    double ours = 0;
-    for (const auto& c : cases) {
-        Outcome best;
-        for (int r = 0; r < s.repeat; ++r) {
-            const Outcome o = run_child(c.run);
-            if (!o.ok) {
-                best.ok = false;
-                break;
-            }
-            if (!best.ok || o.seconds < best.seconds) best = o;
-            best.maxrssKib = std::max(best.maxrssKib, o.maxrssKib);
+
+    if (oneshot) {
+        // The one-shot of a small file, flushes included, beside the process start alone.
+        const std::string src = make_file(recsim, dir, 100, 4, 2, "small.oge");
+        std::vector<double> conv, start;
+        for (int k = 0; k < 50; ++k) {
+            fs::remove(dir + "/csv/small.csv");
+            const Outcome o =
+                run_child([&] { return exec_qumbrel(qumbrel, dir + "/home-csv", src); });
+            const Outcome v = run_child([&] {
+                const int devnull = ::open("/dev/null", O_WRONLY);
+                if (devnull >= 0) ::dup2(devnull, 1);
+                ::execl(qumbrel.c_str(), qumbrel.c_str(), "--version", static_cast<char*>(nullptr));
+                return 127;
+            });
+            if (!o.ok || !v.ok) rc = 1;
+            conv.push_back(o.seconds * 1000);
+            start.push_back(v.seconds * 1000);
         }
-        if (!best.ok || !fs::exists(c.output)) {
-            std::printf("%-12s failed\n", c.name);
-            rc = 1;
-            continue;
-        }
-        const bool bare = std::strncmp(c.name, "bare", 4) == 0;
-        std::printf("%-12s %9.2f %13.0f %12.1f %11.1f", c.name, best.seconds, values / best.seconds,
-                    static_cast<double>(best.maxrssKib) / 1024.0,
-                    static_cast<double>(fs::file_size(c.output)) / 1e6);
-        if (bare && ours > 0) {
-            std::printf(" %9.2f\n", ours / best.seconds);
-        } else {
-            std::printf("\n");
-            ours = best.seconds;
-        }
-        fs::remove(c.output);
+        std::sort(conv.begin(), conv.end());
+        std::sort(start.begin(), start.end());
+        std::printf(
+            "one-shot of a 100 x 4 VT file to CSV, median of 50: %.1f ms "
+            "(process start alone, qumbrel --version: %.1f ms)\n",
+            conv[25], start[25]);
     }
-    std::printf("x bare: seconds of qumbrel / seconds of the bare writer of the same format\n");
+
+    if (records) {
+        // Time linear in alarms and messages: one parse per file, not one per record.
+        std::printf("%-28s %9s\n", "alarms + messages", "seconds");
+        double first = 0;
+        for (int n : {1000, 8000}) {
+            const std::string src = make_file(recsim, dir, 100000, 30, n, "rec.oge");
+            const Case c{"records", [&] { return exec_qumbrel(qumbrel, dir + "/home-csv", src); },
+                         dir + "/csv/rec.csv"};
+            const Outcome o = best_of(c, s.repeat);
+            if (!o.ok) rc = 1;
+            std::printf("%6d + %-6d %24.2f", n, n, o.seconds);
+            if (first > 0) std::printf("   x%.1f for 8x the records", o.seconds / first);
+            std::printf("\n");
+            first = o.seconds;
+            fs::remove(c.output);
+            fs::remove(src);
+        }
+    }
+
+    if (!oneshot && !records) {
+        std::printf("%-10s %-16s %9s %13s %12s %10s %9s\n", "samples", "case", "seconds",
+                    "values/s", "peak RSS MB", "output MB", "x bare");
+        for (const std::int32_t n : sizes) {
+            s.samples = n;
+            const std::string src = make_file(recsim, dir, n, s.channels, 0, "bench.oge");
+            if (src.empty()) return 2;
+            const std::vector<Case> cases{
+                {"qumbrel CSV", [&] { return exec_qumbrel(qumbrel, dir + "/home-csv", src); },
+                 dir + "/csv/bench.csv"},
+                {"bare CSV", [&] { return bare_writer(s, src, dir + "/bare.csv", false); },
+                 dir + "/bare.csv"},
+                {"bare CSV synced",
+                 [&] { return bare_writer(s, src, dir + "/bare.csv", false, true); },
+                 dir + "/bare.csv"},
+                {"qumbrel XLS", [&] { return exec_qumbrel(qumbrel, dir + "/home-xls", src); },
+                 dir + "/xls/bench.xls"},
+                {"bare XLS", [&] { return bare_writer(s, src, dir + "/bare.xls", true); },
+                 dir + "/bare.xls"},
+            };
+            const double values = static_cast<double>(n) * s.channels;
+            double ours = 0, bareCsv = 0;
+            for (const auto& c : cases) {
+                const Outcome best = best_of(c, s.repeat);
+                if (!best.ok) {
+                    std::printf("%-10d %-16s failed\n", n, c.name.c_str());
+                    rc = 1;
+                    continue;
+                }
+                const bool bare = c.name.rfind("bare", 0) == 0;
+                std::printf("%-10d %-16s %9.2f %13.0f %12.1f %10.1f", n, c.name.c_str(),
+                            best.seconds, values / best.seconds,
+                            static_cast<double>(best.maxrssKib) / 1024.0,
+                            static_cast<double>(fs::file_size(c.output)) / 1e6);
+                if (bare && ours > 0) {
+                    std::printf(" %9.2f", ours / best.seconds);
+                    if (c.name == "bare CSV") bareCsv = best.seconds;
+                    if (c.name == "bare CSV synced" && bareCsv > 0)
+                        std::printf("   sync+rename: +%.1f%% of the CSV report",
+                                    100.0 * (best.seconds - bareCsv) / ours);
+                    std::printf("\n");
+                } else {
+                    std::printf("\n");
+                    ours = best.seconds;
+                }
+                fs::remove(c.output);
+            }
+            const double pandas = pandas_seconds(n, s.channels, dir + "/pandas.csv");
+            if (pandas > 0)
+                std::printf(
+                    "%-10d %-16s %9.2f %13.0f   (to_csv alone; pandas / qumbrel CSV: "
+                    "x%.1f)\n",
+                    n, "pandas to_csv", pandas, values / pandas, pandas / (ours > 0 ? ours : 1));
+            fs::remove(src);
+        }
+        std::printf(
+            "x bare: seconds of qumbrel / seconds of the bare writer of the same "
+            "format\n");
+    }
     fs::remove_all(dir);
     return rc;
 }
