@@ -30,6 +30,11 @@ namespace qumbrel {
 // x 9 bytes is about 4.4 MB.
 inline constexpr std::size_t kDefaultSampleBlock = 4096;
 
+// The block size of a run's reports; tests make it small to cross block edges.
+struct SampleBlockSetting {
+    std::size_t samples = kDefaultSampleBlock;
+};
+
 struct SampleBlock {
     std::size_t first = 0;  // index of the block's first sample in the file, from 0
     std::size_t count = 0;  // samples in this block

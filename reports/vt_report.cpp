@@ -510,7 +510,8 @@ void VtReport::write_samples(bool eventFile) {
     std::vector<std::string> numbers(ch_.number.begin() + 1, ch_.number.begin() + 1 + channels_);
     std::vector<std::int32_t> decimals(ch_.decimals.begin() + 1,
                                        ch_.decimals.begin() + 1 + channels_);
-    auto cursor = VTOpenMeasData(ctx_, source_, numbers, count, decimals, to_flag(eventFile));
+    auto cursor = VTOpenMeasData(ctx_, source_, numbers, count, decimals, to_flag(eventFile),
+                                 ctx_.state<SampleBlockSetting>().samples);
     if (count <= 0) return;
 
     stepNo_ = 12;
