@@ -38,8 +38,8 @@ TEST(FaultInjection, NoFailingFileCallLosesTheSourceOrLeavesAPartialReport) {
     for (int format : {0, 1}) {
         for (int mode : {0, 1, 2}) {
             for (int error : {EIO, ENOSPC, EACCES, EXDEV}) {
-                SCOPED_TRACE(::testing::Message() << "format " << format << " mode " << mode
-                                                  << " errno " << error);
+                SCOPED_TRACE(::testing::Message()
+                             << "format " << format << " mode " << mode << " errno " << error);
                 std::string goodReport;
                 bool succeeded = false;
                 for (int n = 1; n < 200 && !succeeded; ++n) {
@@ -88,4 +88,30 @@ TEST(FaultInjection, NoFailingFileCallLosesTheSourceOrLeavesAPartialReport) {
             }
         }
     }
+}
+
+// A long run in delete mode: every deleted source is let go by the libraries, so its disk
+// space comes back (no descriptor or mapping of a deleted file stays).
+TEST(LongRun, NoDeletedSourceStaysOpen) {
+    test::VtReportFixture f("en-US");
+    const std::string in = f.p.dir.file("in"), out = f.p.dir.file("out");
+    for (const auto& d : {in, out}) fs::create_directories(d);
+    f.options({{"targetpath", out}, {"binfilemodus", "1"}});
+    const std::string first = f.make(test::vt_sim(reclib::Kind::Event, 2, 5), "in/s0.oge");
+    constexpr int kFiles = 1100;
+    for (int i = 1; i < kFiles; ++i) fs::copy_file(first, in + "/s" + std::to_string(i) + ".oge");
+    for (int i = 0; i < kFiles; ++i) {
+        const ConvertOutcome r =
+            fkt_convertmain(*f.p, in + "/s" + std::to_string(i) + ".oge", "", "", kFalse);
+        ASSERT_FALSE(r.failed()) << i;
+    }
+    EXPECT_TRUE(fs::is_empty(in));
+    int held = 0;
+    for (const auto& e : fs::directory_iterator("/proc/self/fd")) {
+        std::error_code ec;
+        const std::string target = fs::read_symlink(e.path(), ec).string();
+        if (!ec && target.find(in) != std::string::npos) ++held;
+    }
+    EXPECT_EQ(held, 0);
+    EXPECT_EQ(read_file("/proc/self/maps").find(in), std::string::npos);
 }
