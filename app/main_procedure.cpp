@@ -136,7 +136,10 @@ int run_one_shot(Program& ctx) {
     if (ctx.opt.targetpathRaw.find('$') != std::string::npos || exists(ctx.opt.targetpath))
         return fkt_convertmain(ctx, r.strSourceFile, r.strSubfolder, "", interactive).failed() ? 1
                                                                                                : 0;
-    report_plain(ctx, fkt_translate(ctx, "Pathnotexist") + " " + ctx.opt.targetpath);
+    if (ctx.opt.targetpath.empty())
+        report_plain(ctx, "targetpath in section [file] is empty", ctx.run.strOptionFile);
+    else
+        report_plain(ctx, fkt_translate(ctx, "Pathnotexist") + " " + ctx.opt.targetpath);
     return 2;
 }
 
@@ -154,6 +157,17 @@ int qumbrel_main(int argc, char** argv) {
     }
 
     const ProgramLocation loc = locate_program(parsed.extra.home, argc > 0 ? argv[0] : nullptr);
+    {
+        std::error_code ec;
+        if (std::filesystem::exists(loc.folder, ec) &&
+            !std::filesystem::is_directory(loc.folder, ec)) {
+            std::fprintf(stderr,
+                         "qumbrel: the program folder %s is a file, not a folder (see --home "
+                         "and QUMBREL_HOME)\n",
+                         loc.folder.c_str());
+            return 2;
+        }
+    }
     ProgramInfo info;
     info.folder = loc.folder;
     info.baseName = loc.baseName;

@@ -34,6 +34,7 @@ struct RunFlags {
     Flag bNoSplash = kFalse;
     Flag bHasCommandTokens = kFalse;
     std::string strSourceFile;
+    bool optionFileWritable = true;  // false for an option file that was empty or unreadable
     std::string strTargetName;
     std::string strSubfolder;
     std::string strOptionFile;

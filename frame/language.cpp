@@ -48,7 +48,7 @@ void sub_translateform(Program& ctx, TranslatableForm& form, const std::string& 
             c.toolTip = fkt_readlanguage(path, form.name, stem + ".ToolTipText", *c.toolTip);
     }
 
-    if (!ctx.run.strOptionFile.empty())
+    if (!ctx.run.strOptionFile.empty() && ctx.run.optionFileWritable)
         fkt_writelanguage(ctx.run.strOptionFile, "file", "language", path);
 }
 

@@ -1,5 +1,7 @@
 #include "frame/options_io.h"
 
+#include <filesystem>
+
 #include <string>
 
 #include "frame/codepage.h"
@@ -164,6 +166,21 @@ void fkt_loadoptionfile(Program& ctx) {
     Reader r{ini};
     try {
         const auto state = profile::probe(ctx.run.strOptionFile);
+        std::error_code sizeError;
+        const bool empty = state == profile::FileState::Ok &&
+                           std::filesystem::file_size(ctx.run.strOptionFile, sizeError) == 0 &&
+                           !sizeError;
+        // A file we could not read, or an empty one, is the user's: nothing is written to it.
+        ctx.run.optionFileWritable =
+            state == profile::FileState::Missing || (state == profile::FileState::Ok && !empty);
+        if (empty) {
+            ctx.err.clear();
+            ctx.err.number = errnum::kPathFileAccessError;
+            ctx.err.source = ctx.info.baseName;
+            ctx.err.description = "Option file is empty; defaults used: " + ctx.run.strOptionFile;
+            fkt_errorreport(ctx, "fkt_loadoptionfile()", "");
+            ctx.err.clear();
+        }
         if (state == profile::FileState::TooLarge || state == profile::FileState::Unreadable) {
             // Not read at all: every option takes its default, and the user is told why.
             ctx.err.clear();
@@ -184,7 +201,22 @@ void fkt_loadoptionfile(Program& ctx) {
         if (o.printer.empty()) o.printfile = kFalse;
         if (o.printer2.empty()) o.printfile2 = kFalse;
         o.vChannelList = split(o.Channels, "|");
-        ini.CreateKeyValue(kFile, "savetoggle", "0");
+        if (ctx.run.optionFileWritable) ini.CreateKeyValue(kFile, "savetoggle", "0");
+        // Values outside their range are named once, with what is done instead.
+        if (o.binfilemodus < 0 || o.binfilemodus > 2) {
+            report_plain(ctx,
+                         "binfilemodus=" + std::to_string(o.binfilemodus) +
+                             " is not 0 (move), 1 (delete) or 2 (register): source files "
+                             "stay where they are",
+                         ctx.run.strOptionFile);
+        }
+        if (o.targetformat < 0 || o.targetformat > 3) {
+            report_plain(ctx,
+                         "targetformat=" + std::to_string(o.targetformat) +
+                             " is not 0 (CSV), 1 (XLS), 2 (template) or 3 (text): no report "
+                             "is written and source files are kept",
+                         ctx.run.strOptionFile);
+        }
         if (is_set(ctx.run.bFda)) {
             o.targetformat = 2;
             o.printfile = kTrue;
