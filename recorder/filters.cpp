@@ -107,7 +107,10 @@ std::string filter_field(Program& ctx, char* field, std::size_t width, std::stri
 }
 
 std::string raw_field(const char* field, std::size_t width) {
-    return cp1252_to_utf8(std::string_view(field, width));
+    // A text padded with zeros ends at its first zero byte.
+    std::string_view text(field, width);
+    if (const auto nul = text.find('\0'); nul != std::string_view::npos) text = text.substr(0, nul);
+    return cp1252_to_utf8(text);
 }
 
 }  // namespace qumbrel

@@ -39,7 +39,8 @@ std::string fkt_TrimNull(Program& ctx, std::string_view text);
 std::string filter_field(Program& ctx, char* field, std::size_t width, std::string_view filter,
                          bool trim);
 
-// A fixed-width field as the library left it: every byte, zero bytes included, decoded.
+// A fixed-width field as the library left it, unfiltered and decoded, up to its first zero
+// byte (the padding).
 std::string raw_field(const char* field, std::size_t width);
 
 }  // namespace qumbrel

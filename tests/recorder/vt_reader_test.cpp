@@ -208,9 +208,9 @@ TEST_F(VtReaderTest, FileElementsWithRawComments) {
     EXPECT_EQ(e.group(1) + "|" + e.group(2) + "|" + e.group(3), "Grp A|Grp-B|");
     EXPECT_EQ(e.ti_B, "Batch7a");
     EXPECT_EQ(e.ti_LLLL, "0042");
-    // Raw fields: every byte of the 32-byte field, the library's zero padding included.
-    EXPECT_EQ(e.ti_C1, "  first  " + std::string(23, '\0'));
-    EXPECT_EQ(e.ti_C3, std::string(32, '\0'));
+    // Raw fields: unfiltered, blanks kept, but the library's zero padding ends the text.
+    EXPECT_EQ(e.ti_C1, "  first  ");
+    EXPECT_EQ(e.ti_C3, "");
     f.header.set("batchFlag", 0);
     VTGetFileElements(ctx, write(f, "nobatch.oge"));
     EXPECT_EQ(e.ti_B + e.ti_C1, "");
