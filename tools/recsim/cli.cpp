@@ -172,7 +172,8 @@ The same options always give the same bytes.
   --samples N               samples per channel (default 100, at most 20000000;
                             channels times samples at most 100000000)
   --interval-ms N           sampling interval in milliseconds (default 1000)
-  --start "YYYY-MM-DD HH:MM:SS"  time of the first sample (default 2023-11-14 22:13:20)
+  --start "YYYY-MM-DD HH:MM:SS"  time of the first sample, 1970 to 2037: times are
+                            32-bit seconds (default 2023-11-14 22:13:20)
   --alarms N                alarm records (default 0)
   --messages N              message records (marks in HN) (default 0)
   --batch                   write a batch block (names, number, comments)
