@@ -364,6 +364,11 @@ std::int32_t ParsedFile::status() const {
     return std::max(checksumOk && !shrank ? 0 : 1, header.i("status"));
 }
 
+bool parse_fields(std::span<const std::uint8_t> bytes, Fields& out) {
+    Cursor c(bytes.data(), bytes.size());
+    return read_fields(c, out);
+}
+
 ParseStatus parse(std::span<const std::uint8_t> bytes, ParsedFile& out) {
     return parse(memory_source(bytes), out);
 }

@@ -99,6 +99,8 @@ struct ParsedFile {
 };
 
 ParseStatus parse(std::shared_ptr<const ByteSource> source, ParsedFile& out);
+// One field list as it stands in a header or record; false when it is cut or malformed.
+bool parse_fields(std::span<const std::uint8_t> bytes, Fields& out);
 ParseStatus parse(std::span<const std::uint8_t> bytes, ParsedFile& out);
 
 // Copies a parsed file into the model (tests, tools).

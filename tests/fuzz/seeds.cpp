@@ -1,5 +1,7 @@
 // Writes the fuzzer's seed corpus: a small file of each family and kind, one damaged.
+#include <cstdint>
 #include <cstdio>
+#include <fstream>
 #include <string>
 
 #include "reclib/simulate.h"
@@ -27,5 +29,19 @@ int main(int argc, char** argv) {
             if (!write_file(simulate(o), path, {.damaged = n == 3})) return 1;
         }
     }
+    // A field list of many fields ('F' in front sends it to the field parser alone): two
+    // bytes of count, then name length, name, type 1 (int32) and the value, each.
+    std::string fields = "F";
+    const std::uint16_t count = 400;
+    fields.append(reinterpret_cast<const char*>(&count), 2);
+    for (int k = 0; k < count; ++k) {
+        const std::string name = "f" + std::to_string(k);
+        fields.push_back(static_cast<char>(name.size()));
+        fields += name;
+        fields.push_back(1);
+        const std::int32_t v = k;
+        fields.append(reinterpret_cast<const char*>(&v), 4);
+    }
+    std::ofstream(std::string(argv[1]) + "/seed-fields", std::ios::binary) << fields;
     return 0;
 }
