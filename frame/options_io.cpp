@@ -50,17 +50,20 @@ bool write_keys(Program& ctx, std::initializer_list<std::pair<const char*, std::
     return ok;
 }
 
+// A problem with the option file itself, reported under `where`.
+void report_option_file(Program& ctx, const char* where, const std::string& description) {
+    ctx.err.clear();
+    ctx.err.number = errnum::kPathFileAccessError;
+    ctx.err.source = ctx.info.baseName;
+    ctx.err.description = description + ctx.run.strOptionFile;
+    fkt_errorreport(ctx, where, "");
+    ctx.err.clear();
+}
+
 bool finish_save(Program& ctx, bool ok) {
     clsINI ini(ctx.run.strOptionFile);
     ok = ini.CreateKeyValue(kFile, "savetoggle", "1") && ok;
-    if (!ok) {
-        ctx.err.clear();
-        ctx.err.number = errnum::kPathFileAccessError;
-        ctx.err.source = ctx.info.baseName;
-        ctx.err.description = "Option file could not be written: " + ctx.run.strOptionFile;
-        fkt_errorreport(ctx, "fkt_saveoption()", "");
-        ctx.err.clear();
-    }
+    if (!ok) report_option_file(ctx, "fkt_saveoption()", "Option file could not be written: ");
     return ok;
 }
 
@@ -173,28 +176,17 @@ void fkt_loadoptionfile(Program& ctx) {
         // A file we could not read, or an empty one, is the user's: nothing is written to it.
         ctx.run.optionFileWritable =
             state == profile::FileState::Missing || (state == profile::FileState::Ok && !empty);
-        if (empty) {
-            ctx.err.clear();
-            ctx.err.number = errnum::kPathFileAccessError;
-            ctx.err.source = ctx.info.baseName;
-            ctx.err.description = "Option file is empty; defaults used: " + ctx.run.strOptionFile;
-            fkt_errorreport(ctx, "fkt_loadoptionfile()", "");
-            ctx.err.clear();
-        }
-        if (state == profile::FileState::TooLarge || state == profile::FileState::Unreadable) {
-            // Not read at all: every option takes its default, and the user is told why.
-            ctx.err.clear();
-            ctx.err.number = errnum::kPathFileAccessError;
-            ctx.err.source = ctx.info.baseName;
-            ctx.err.description =
-                (state == profile::FileState::TooLarge
-                     ? "Option file larger than " + std::to_string(profile::kMaxFileBytes) +
-                           " bytes, not read; defaults used: "
-                     : "Option file cannot be read; defaults used: ") +
-                ctx.run.strOptionFile;
-            fkt_errorreport(ctx, "fkt_loadoptionfile()", "");
-            ctx.err.clear();
-        }
+        if (empty)
+            report_option_file(ctx, "fkt_loadoptionfile()",
+                               "Option file is empty; defaults used: ");
+        // Not read at all: every option takes its default, and the user is told why.
+        if (state == profile::FileState::TooLarge)
+            report_option_file(ctx, "fkt_loadoptionfile()",
+                               "Option file larger than " + std::to_string(profile::kMaxFileBytes) +
+                                   " bytes, not read; defaults used: ");
+        if (state == profile::FileState::Unreadable)
+            report_option_file(ctx, "fkt_loadoptionfile()",
+                               "Option file cannot be read; defaults used: ");
         load_keys(ctx, r);
 
         Options& o = ctx.opt;
