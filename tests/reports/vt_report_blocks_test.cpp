@@ -66,3 +66,28 @@ TEST(VtReportBlocks, EveryBlockSizeGivesTheReportOfOneBlock) {
 }
 
 }  // namespace qumbrel
+
+namespace qumbrel {
+
+// A value the reader cannot place behind its decimals (30 of them): the reader's own error,
+// under its name and step, ends the report as failed, in blocks as in one read.
+TEST(VtReportBlocks, AValueTheReaderCannotConvertFailsTheReportUnderTheReadersName) {
+    for (std::size_t block : {3u, 1000u}) {
+        SCOPED_TRACE(block);
+        test::VtReportFixture f("en-US");
+        f.options();
+        f.p->state<SampleBlockSetting>().samples = block;
+        auto file = reclib::simulate(test::vt_sim(reclib::Kind::Event, 3, 12));
+        file.channels[1].info.set("decimals", 30);
+        const std::string src = f.p.dir.file("d30.oge");
+        std::string error;
+        ASSERT_TRUE(reclib::write_file(file, src, {}, &error)) << error;
+        f.convert(src, "r");
+        EXPECT_EQ(f.errors, 1);
+        const std::string log = f.error_log();
+        EXPECT_NE(log.find("VTGetMeasData()"), std::string::npos) << log;
+        EXPECT_EQ(log.find("Subscript out of range: samples"), std::string::npos) << log;
+    }
+}
+
+}  // namespace qumbrel
