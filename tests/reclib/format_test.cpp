@@ -1,7 +1,11 @@
 // The reference format on its own: round trip, damage, hostile input, calendar, simulator.
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include "reclib/civil.h"
 #include "reclib/format.h"
@@ -163,6 +167,31 @@ TEST(Format, Int16ChannelsSaturateOnWrite) {
     EXPECT_EQ(std::vector({p.channels[0].sample(0, 0), p.channels[0].sample(0, 1),
                            p.channels[0].sample(0, 2)}),
               std::vector<std::int32_t>({32767, -32768, 7}));
+}
+
+// A file that shrinks after it was parsed (another program truncates it): samples past the
+// new end read as zeros and the file counts as damaged; nothing faults, as a mapping would.
+TEST(Format, AFileThatShrinksWhileReadGivesZerosAndDamage) {
+    const RecorderFile f = sample_file(Family::VT, Kind::Event);
+    const auto bytes = encode(f);
+    char path[] = "/tmp/reclib-shrink-XXXXXX";
+    const int fd = ::mkstemp(path);
+    ASSERT_GE(fd, 0);
+    ASSERT_EQ(::write(fd, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    ParsedFile p;
+    ASSERT_EQ(parse(file_source(fd, bytes.size()), p), ParseStatus::Ok);
+    EXPECT_EQ(p.status(), 0);
+    const ChannelView& last = p.channels.back();
+    std::vector<std::int32_t> before(last.count);
+    last.samples(0, 0, last.count, before.data());
+    ASSERT_EQ(::truncate(path, 64), 0);
+    std::vector<std::int32_t> after(last.count, 7);
+    last.samples(0, 0, last.count, after.data());
+    EXPECT_EQ(after, std::vector<std::int32_t>(last.count, 0));
+    EXPECT_NE(before, after);
+    EXPECT_GT(p.status(), 0);
+    EXPECT_EQ(p.second_at(p.timeCount - 1), 0);
+    ::unlink(path);
 }
 
 TEST(Civil, EpochLeapYearsAndTheEndOf32Bits) {
