@@ -58,6 +58,11 @@ int FileIo::fsync_dir(const std::string& dir) {
     return rc != 0 && (saved == EINVAL || saved == EROFS) ? 0 : rc;
 }
 
+void FileIo::start_writeback(int fd, std::uint64_t offset, std::uint64_t length) {
+    ::sync_file_range(fd, static_cast<off64_t>(offset), static_cast<off64_t>(length),
+                      SYNC_FILE_RANGE_WRITE);
+}
+
 std::shared_ptr<FileIo> posix_file_io() {
     static const auto io = std::make_shared<FileIo>();
     return io;

@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -27,6 +28,9 @@ class FileIo {
     virtual int mkdir(const std::string& path);
     // Flushes the folder entry of `dir` (after a rename or create in it).
     virtual int fsync_dir(const std::string& dir);
+    // Asks the system to start writing [offset, offset + length) to disk now, so that the
+    // final fsync of a large file has little left to wait for. A hint: no result.
+    virtual void start_writeback(int fd, std::uint64_t offset, std::uint64_t length);
 };
 
 // The shared default (stateless, so one instance serves every caller).

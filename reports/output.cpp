@@ -57,6 +57,7 @@ void OutputFile::open(const std::string& path) {
     errno = 0;
     target_ = path;
     temp_ = unique_temp_beside(path);
+    written_ = writebackFrom_ = 0;
     const int fd = io_->create_new(temp_);
     if (fd < 0) throw open_error(errno, path);
     fd_ = fd;
@@ -75,6 +76,13 @@ void OutputFile::write_through(const char* data, std::size_t size) {
         if (n <= 0) fail(errno);
         data += n;
         size -= static_cast<std::size_t>(n);
+        written_ += static_cast<std::uint64_t>(n);
+    }
+    // Large reports go to disk while they are written, not all at the closing flush.
+    constexpr std::uint64_t kWriteback = 8u << 20;
+    if (written_ - writebackFrom_ >= kWriteback) {
+        io_->start_writeback(fd_, writebackFrom_, written_ - writebackFrom_);
+        writebackFrom_ = written_;
     }
 }
 

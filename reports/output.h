@@ -6,6 +6,7 @@
 // which tests replace to fail the N-th call. A failure is sticky: every later write and
 // the close report it too, so an incomplete file is never taken for a finished one.
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -60,6 +61,7 @@ class OutputFile {
     std::size_t used_ = 0;
     int fd_ = -1;
     std::string target_, temp_;
+    std::uint64_t written_ = 0, writebackFrom_ = 0;  // bytes out, and handed to writeback
     int failure_ = 0;  // error number of the first failed write, sticky until open()
 };
 
