@@ -1,4 +1,5 @@
 // The VT readers of single records: file elements, alarms, messages, channels.
+#include <limits>
 #include <string>
 
 #include "frame/errors.h"
@@ -12,6 +13,17 @@
 #include "recorder/vt_reader.h"
 
 namespace qumbrel {
+
+namespace {
+
+// Counts from 1 of a library's count from 0; a count at the end of 32 bits overflows, as a
+// Long does, into the reader's trap.
+std::int32_t plus_one(std::int32_t v) {
+    if (v == std::numeric_limits<std::int32_t>::max()) throw VbError(errnum::kOverflow, "Overflow");
+    return v + 1;
+}
+
+}  // namespace
 
 namespace {
 
@@ -143,8 +155,8 @@ void VTGetAlarmInfo(Program& ctx, const std::string& path, std::int32_t index, V
         lib.DllVTcloseReadFile(handle);
 
         step = 2;
-        out.channel = channel + 1;
-        out.level = level + 1;
+        out.channel = plus_one(channel);
+        out.level = plus_one(level);
         out.serial = serial;
         DateTimeTexts occur;
         VTGetDateTime(ctx, occurSeconds, occurTicks, occur);
@@ -182,7 +194,7 @@ void VTGetEventInfo(Program& ctx, const std::string& path, std::int32_t index, V
 
         step = 2;
         out.serial = serial;
-        out.messageNo = messageNo + 1;
+        out.messageNo = plus_one(messageNo);
         out.message = filter_field(ctx, message.data(), message.size(), kDisplayFilter, true);
         out.user = filter_field(ctx, user.data(), user.size(), kDisplayFilter, true);
         out.source = source;

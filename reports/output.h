@@ -30,6 +30,8 @@ class OutputFile {
     // Throws VbError: 76 path not found, 70 permission denied, 75 otherwise.
     void open(const std::string& path);
     bool is_open() const { return fd_ >= 0; }
+    // A write has failed since open(): the close will report it.
+    bool failed() const { return failure_ != 0; }
 
     // Buffered; throws VbError 52 when no file is open, 61/57 when the disk write fails.
     void write(std::string_view bytes) {

@@ -242,6 +242,8 @@ void fkt_convertsetvalue(Program& ctx, std::int16_t iFileFormat, std::int32_t iC
             end_line(ctx, s);
         }
     } catch (...) {
+        // A full or failing disk: the report's closing says so once, not every value.
+        if (iFileFormat == 0 && ctx.state<SinkState>().csv.failed()) return;
         std::string where = "fkt_convertsetvalue(iFileFormat:";
         where += std::to_string(iFileFormat);
         where += ",iColum:";

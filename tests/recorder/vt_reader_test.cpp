@@ -2,6 +2,8 @@
 // every reader, compared with the scenario that made them.
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -143,6 +145,15 @@ TEST_F(VtReaderTest, EventFileThroughTheRecordReaders) {
         EXPECT_EQ(e.sourceText, sources[i].second) << "source " << sources[i].first;
     }
     EXPECT_EQ(error_log(), "");
+    // Counts at the end of 32 bits overflow into the readers' traps, as a Long does.
+    f.list("alarm").push_back(fields("level", std::numeric_limits<std::int32_t>::max()));
+    f.list("message").push_back(fields("messageNo", std::numeric_limits<std::int32_t>::max()));
+    const std::string edge = write(f, "edge.oge");
+    VTGetAlarmInfo(ctx, edge, 6, a);
+    VTGetEventInfo(ctx, edge, 5, e);
+    EXPECT_NE(error_log().find("VTGetAlarmInfo"), std::string::npos) << error_log();
+    EXPECT_NE(error_log().find("VTGetEventInfo"), std::string::npos) << error_log();
+    EXPECT_NE(error_log().find("Errornumber: 6"), std::string::npos) << error_log();
 }
 
 TEST_F(VtReaderTest, FileInfoListLines) {

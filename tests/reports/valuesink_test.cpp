@@ -116,7 +116,8 @@ TEST_F(SinkTest, AFailedDiskWriteFailsTheClose) {
         fkt_convertsetvalue(*tp, 0, 2, r, std::int32_t{r}, true, 1);
     }
     EXPECT_EQ(close_csv_report(*tp), 61);  // disk full
-    EXPECT_NE(error_log().find("fkt_convertsetvalue(iFileFormat:0"), std::string::npos);
+    // Told once, by the close that the generator reports, not for each of 4,000 values.
+    EXPECT_EQ(error_log().find("fkt_convertsetvalue(iFileFormat:0"), std::string::npos);
     tp->state<SinkState>().csv.set_io(nullptr);
 }
 
