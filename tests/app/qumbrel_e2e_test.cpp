@@ -312,14 +312,14 @@ TEST(Qumbrel, AutomaticModeConvertsIntoTheSameSubfoldersUntilSigterm) {
 // Runs of several processes on one program folder: every source is converted exactly
 // once, by whichever run locks it first; the others skip it.
 TEST(Qumbrel, ConcurrentRunsConvertEachSourceOnce) {
-    constexpr int kFiles = 60;
+    constexpr int kFiles = 300;
     for (const std::string mode : {"0", "2"}) {
         SCOPED_TRACE("binfilemodus " + mode);
         Folder r;
         r.start = "filetyp=2\nautostart=0\n";
         r.file["binfilemodus"] = mode;
         r.file["targetpathsourcefile"] = "@/done";
-        r.simulate("in/s0.oge", "event", 3000);
+        r.simulate("in/s0.oge", "event", 1000);
         for (int i = 1; i < kFiles; ++i)
             fs::copy_file(r.dir.file("in/s0.oge"), r.dir.file("in/s" + std::to_string(i) + ".oge"));
         // Two scans and, in move mode, four one-shots of files the scans also list (a
@@ -327,7 +327,7 @@ TEST(Qumbrel, ConcurrentRunsConvertEachSourceOnce) {
         std::string script = "(";
         for (int i = 0; i < 2; ++i) script += "(" + r.command("--once") + ") & ";
         if (mode == "0")
-            for (int i : {5, 17, 33, 59})
+            for (int i : {5, 117, 233, 299})
                 script += "(" + r.command("@/in/s" + std::to_string(i) + ".oge") + ") & ";
         script += "wait)";
         // Each command sends its output to run.out; the last one's is what remains.
