@@ -21,6 +21,8 @@
 // false with failed() true, and the caller takes the path of a failed reader.
 #include <cstddef>
 #include <cstdint>
+#include <string>
+#include <vector>
 
 #include "recorder/sample_matrix.h"
 
@@ -44,6 +46,16 @@ struct SampleBlock {
     TextColumn msTexts;
     SampleMatrix firstValues;   // minimum, or the value of an event file
     SampleMatrix secondValues;  // maximum; row 0 only for an event file
+    // Per-sample alarm flags of the families that have them (VU, KL, HN): sample r,
+    // channel position c (from 1) at alarmFlags[r * flagChannels + c - 1]. Empty otherwise.
+    std::vector<std::uint8_t> alarmFlags;
+    std::size_t flagChannels = 0;
+    // The flag as the readers hand it on: its decimal text ("" when the block has none).
+    std::string alarm_text(std::size_t r, std::size_t c) const {
+        const std::size_t at = r * flagChannels + c - 1;
+        if (flagChannels == 0 || c == 0 || c > flagChannels || at >= alarmFlags.size()) return {};
+        return std::to_string(alarmFlags[at]);
+    }
 };
 
 class SampleCursor {

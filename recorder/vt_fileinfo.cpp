@@ -5,15 +5,10 @@
 #include "frame/errors.h"
 #include "frame/log.h"
 #include "recorder/damage.h"
+#include "recorder/info_statements.h"
 #include "recorder/vt_reader.h"
 
 namespace qumbrel {
-
-namespace {
-
-constexpr std::int32_t kBadCallingConvention = 49;
-
-}  // namespace
 
 void fkt_ReadVTFileInfo(Program& ctx, FileInfoList& list, const std::string& path) {
     VTInfo info;
@@ -85,24 +80,7 @@ void fkt_ReadVTFileInfo(Program& ctx, FileInfoList& list, const std::string& pat
             }
         },
     };
-    int step = 0;
-    for (const auto& statement : statements) {
-        ++step;
-        try {
-            statement();
-        } catch (const VbError& e) {
-            if (e.number() == kBadCallingConvention) continue;
-            try {
-                throw;
-            } catch (...) {
-                report_trapped(ctx, "fkt_ReadVTFileInfo()", step);
-            }
-            return;
-        } catch (...) {
-            report_trapped(ctx, "fkt_ReadVTFileInfo()", step);
-            return;
-        }
-    }
+    run_info_statements(ctx, "fkt_ReadVTFileInfo()", statements);
 }
 
 }  // namespace qumbrel

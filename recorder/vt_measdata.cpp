@@ -1,7 +1,5 @@
 // VT measured values: a cursor that reads the library a block of samples at a time, and
 // VTGetMeasData, the whole file in one go, built on it so there is one reading path.
-#include <sys/stat.h>
-
 #include <array>
 #include <limits>
 #include <memory>
@@ -12,6 +10,7 @@
 #include "frame/log.h"
 #include "frame/vbformat.h"
 #include "recorder/library_loader.h"
+#include "recorder/measdata_checks.h"
 #include "recorder/sample_number.h"
 #include "recorder/time_text.h"
 #include "recorder/vt_reader.h"
@@ -22,33 +21,8 @@ namespace {
 
 constexpr const char* kTrapName = "VTGetMeasData()";
 
-// More cells than this in one whole-file matrix (2.4 GB at 9 bytes a cell) is no recorder
-// file.
-constexpr std::size_t kMaxCells = std::size_t{1} << 28;
-
 // The highest VT measuring channel; numbers above it are math channels.
 constexpr std::int16_t kLastMeasuringChannel = 30;
-
-// dataCount is the caller's; before it drives any reading it must be a count the file can
-// hold at all: no recorder file keeps a sample row in less than one byte.
-void check_count(const std::string& path, std::int32_t count, std::size_t channels) {
-    if (count < 0) throw VbError(errnum::kSubscriptOutOfRange, "Subscript out of range");
-    struct stat st {};
-    const std::uint64_t fileBytes =
-        ::stat(path.c_str(), &st) == 0 ? static_cast<std::uint64_t>(st.st_size) : 0;
-    const std::uint64_t rows = static_cast<std::uint64_t>(count) + 2;
-    if (static_cast<std::uint64_t>(count) > fileBytes || rows * (channels + 1) > kMaxCells) {
-        throw VbError(errnum::kOutOfMemory, "Out of memory: " + std::to_string(count) +
-                                                " samples of " + std::to_string(channels) +
-                                                " channels are more than " + path + " (" +
-                                                std::to_string(fileBytes) + " bytes) can hold");
-    }
-}
-
-std::size_t clamp_received(std::int32_t received, std::size_t count) {
-    if (received < 0) return 0;
-    return std::min(static_cast<std::size_t>(received), count);
-}
 
 class VtCursor final : public SampleCursor {
   public:
@@ -62,7 +36,7 @@ class VtCursor final : public SampleCursor {
         try {
             step_ = 1;
             n_ = channels.size();
-            check_count(path, dataCount, n_);
+            check_sample_count(path, dataCount, n_);
             lib_ = &recorder::vt_library(ctx);
             dataCount_ = static_cast<std::size_t>(dataCount);
             lib_->DllVTopenReadFile(path.c_str(), &handle_);

@@ -5,66 +5,19 @@
 #include "frame/errors.h"
 #include "frame/log.h"
 #include "frame/vbformat.h"
+#include "recorder/code_texts.h"
 #include "recorder/file_elements.h"
 #include "recorder/filters.h"
 #include "recorder/library_loader.h"
+#include "recorder/reader_util.h"
 #include "recorder/text_field.h"
 #include "recorder/time_text.h"
 #include "recorder/vt_reader.h"
 
 namespace qumbrel {
 
-namespace {
-
-// Counts from 1 of a library's count from 0; a count at the end of 32 bits overflows, as a
-// Long does, into the reader's trap.
-std::int32_t plus_one(std::int32_t v) {
-    if (v == std::numeric_limits<std::int32_t>::max()) throw VbError(errnum::kOverflow, "Overflow");
-    return v + 1;
-}
-
-}  // namespace
 
 namespace {
-
-std::string alarm_type_text(std::int32_t type) {
-    switch (type) {
-        case 0:
-            return "OFF";
-        case 1:
-            return "Absolute value High";
-        case 2:
-            return "Absolute value Low";
-        case 3:
-            return "Difference High";
-        case 4:
-            return "Difference Low";
-        case 5:
-            return "Rate of change High";
-        case 6:
-            return "Rate of change Low";
-        case 7:
-            return "Delay High";
-        case 8:
-            return "Delay Low";
-        default:
-            return {};
-    }
-}
-
-std::string source_text(std::int32_t source) {
-    switch (source) {
-        case 0:
-        case 1:
-            return "Key entry";
-        case 2:
-            return "Remote entry";
-        case 3:
-            return "Communication entry";
-        default:
-            return "unknown";
-    }
-}
 
 // A text assigned to a 16-bit integer: read under the regional rules, rounded as CInt.
 std::int16_t text_to_int16(Program& ctx, std::string_view text) {
@@ -198,7 +151,7 @@ void VTGetEventInfo(Program& ctx, const std::string& path, std::int32_t index, V
         out.message = filter_field(ctx, message.data(), message.size(), kDisplayFilter, true);
         out.user = filter_field(ctx, user.data(), user.size(), kDisplayFilter, true);
         out.source = source;
-        out.sourceText = source_text(source);
+        out.sourceText = message_source_text(source, false);
 
         step = 3;
         DateTimeTexts t;

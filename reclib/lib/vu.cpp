@@ -255,7 +255,7 @@ int32_t DllVUGetMessage(int32_t handle, int32_t index, int32_t* type, char* user
         put(message, abi::kVuMessageLen, r.s("message"));
         put(seconds, r.i("seconds"));
         put(ticks, r.i("ticks"));
-        put(c1, r.i("c1"));
+        put(c1, r.i("serial"));
         put(c2, r.i("c2"));
         put(c3, r.i("c3"));
         put(c4, r.i("c4"));

@@ -100,7 +100,8 @@ QUMBREL_RECLIB_API int32_t DllVUGetAlarmEventData(int32_t handle, int32_t index,
                                                   int32_t* serial, int32_t* seconds, int32_t* ticks,
                                                   int32_t* state);
 
-// user kVuUserLen, message kVuMessageLen. `type` is the source; c1..c4 reserved.
+// user kVuUserLen, message kVuMessageLen. `type` is the source; c1 the serial number,
+// c2..c4 reserved.
 QUMBREL_RECLIB_API int32_t DllVUGetMessage(int32_t handle, int32_t index, int32_t* type, char* user,
                                            int32_t* messageNo, char* message, int32_t* seconds,
                                            int32_t* ticks, int32_t* c1, int32_t* c2, int32_t* c3,

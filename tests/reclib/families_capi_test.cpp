@@ -96,7 +96,7 @@ reclib::RecorderFile vu_file(Kind kind) {
                       "fileMessage=Fifty bytes of message text fill exactly this field!");
     f.list("group") = {rec("name=G0|members=3|c2=4|inUse=0"), rec("name=G1")};
     f.list("alarm") = {rec("channel=2|levelMask=16|type=7|serial=5|seconds=100|ticks=999|state=2")};
-    f.list("message") = {rec("type=4|messageNo=6|seconds=101|ticks=500|c1=1|c4=4")};
+    f.list("message") = {rec("type=4|messageNo=6|seconds=101|ticks=500|serial=1|c4=4")};
     f.channels[0].values = {1, -2, 3, -4, 5};
     f.channels[0].alarms = {0, 1, 0, 2, 0};
     f.channels[2].values = {70000, -70000, 1, 2, 3};
