@@ -2,7 +2,9 @@
 // built yet keep empty slots.
 #include "pipeline/family_table.h"
 #include "recorder/vt_reader.h"
+#include "recorder/vu_reader.h"
 #include "reports/vt_report.h"
+#include "reports/vu_report.h"
 
 namespace qumbrel {
 
@@ -16,6 +18,14 @@ FamilyTable default_family_table() {
     t.vt.fileElements = VTGetFileElements;
     t.vt.fileInfo = fkt_ReadVTFileInfo;
     t.vt.convertCSVXLS = fkt_VTconvertCSVXLS;
+
+    t.vu.typeCheck = VUTypeCheck;
+    t.vu.holdOpen = VUHoldOpen;
+    t.vu.fileElements = [](Program& ctx, const std::string& path) {
+        VUGetFileElements(ctx, 0, path);
+    };
+    t.vu.fileInfo = fkt_ReadVUFileInfo;
+    t.vu.convertCSVXLS = fkt_VUconvertCSVXLS;
     return t;
 }
 

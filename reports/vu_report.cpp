@@ -1,0 +1,231 @@
+#include "reports/vu_report.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "frame/errors.h"
+#include "recorder/vu_reader.h"
+#include "reports/sheet_report.h"
+
+namespace qumbrel {
+namespace {
+
+class VuReport final : public SheetReport {
+  public:
+    VuReport(Program& ctx, const std::string& source, const std::string& reportBase,
+             bool interactive)
+        : SheetReport(ctx, source, reportBase, interactive,
+                      "fkt_VUconvertCSVXLS(" + source + " " + reportBase + ")"),
+          file_(ctx, source) {}
+
+  private:
+    int convert() override;
+    void write_header_block();
+    void read_channels();
+    void write_alarms();
+    void write_messages();
+    void write_batch();
+    void write_samples(bool eventFile);
+
+    // The file stays open in the library for the whole run; the readers share it.
+    VUHandle file_;
+    VUInfo info_;
+    VUBatchInfo batch_;
+};
+
+int VuReport::convert() {
+    if (!open_report()) return 1;
+    write_head();
+
+    set_step(3, "");
+    VUGetInfo(ctx_, file_.get(), source_, info_);
+    VUGetBatchInfo(ctx_, file_.get(), source_, batch_);
+    if (!interactive_ && info_.status > 0) return stop_damaged();
+    write_header_block();
+    read_channels();
+    pair_row("Alarms", info_.alarmNum, 1);
+    if (info_.alarmNum > 0 && is_set(ctx_.opt.alarminclusive)) write_alarms();
+    write_messages();
+    if (batch_.batchFlag > 0) write_batch();
+
+    set_step(9,
+             " - Daten werden jetzt convertiert...(Messzeitpunkt aus dem Triggerpunkt bestimmen)");
+    bool eventFile = false;
+    if (plan(info_.fileType, eventFile)) {
+        write_channel_header(
+            eventFile, true,
+            eventFile ? " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.oae)"
+                      : " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.oad)");
+        if (is_set(ctx_.opt.measurementsinclusive)) write_samples(eventFile);
+    }
+    return close_output();
+}
+
+void VuReport::write_header_block() {
+    set_step(4, "");
+    const VUInfo& i = info_;
+    pair_row("Recorder", i.deviceType);
+    pair_row("Serial No.", i.serialNo);
+    pair_row("File Message",
+             i.status > 0 ? i.fileMessage + " <File damaged [CRC Error]>" : i.fileMessage);
+    pair_row("Start Time", i.startTime);
+    pair_row("End Time", i.endTime);
+    pair_row("Time Change", i.timeCorrect);
+    pair_row("Started by", i.startedBy);
+    pair_row("Stopped by", i.stoppedBy);
+    pair_row("Starting Cond.", i.startingCond);
+    pair_row("Dividing Cond.", i.dividingCond);
+    pair_row("Number of Mess-Channels", i.measChCount, 1);
+    pair_row("Number of Math-Channels", i.mathChCount, 1);
+    pair_row("Number of Ext-Channels", i.extChCount, 1);
+    pair_row("Number of Data", i.dataCount, 1);
+    pair_row("Sample Rate", i.samplingInt);
+    note_sample_rate(i.samplingInt);
+    pair_row("Trigger Time", i.triggerDateTime);
+    pair_row("Trigger Point", i.triggerNo, 1);
+    pair_row("Group Name", i.groupName);
+    pair_row("File", i.fileType);
+}
+
+// Read ahead of the blocks in this family.
+void VuReport::read_channels() {
+    set_step(8, " - Daten werden jetzt convertiert...(Kanalheader definieren)");
+    size_channels(std::int64_t{info_.measChCount} + info_.mathChCount + info_.extChCount + 1,
+                  std::int64_t{info_.measChCount} + info_.mathChCount);
+    logScale_.assign(static_cast<std::size_t>(channels_) + 1, false);
+    for (std::int32_t c = 1; c <= channels_; ++c) {
+        VUChannelInfo ci;
+        VUGetChDataInfo(ctx_, file_.get(), source_, c - 1, ci);
+        const auto at = static_cast<std::size_t>(c);
+        ch_.decimals[at] = ci.decimals;
+        ch_.color[at] = std::to_string(ci.number1);
+        ch_.number2[at] = ci.number2;
+        ch_.number3[at] = ci.number3;
+        ch_.number4[at] = ci.number4;
+        ch_.number5[at] = ci.number5;
+        ch_.scaleLow[at] = ci.scaleLow;
+        ch_.scaleHigh[at] = ci.scaleHigh;
+        ch_.dataType[at] = ci.dataType;
+        ch_.chNo[at] = ci.chNo;
+        ch_.number[at] = std::to_string(ci.chNo);
+        ch_.unit[at] = ci.unit;
+        ch_.name[at] = ci.tag.empty() ? ci.channel : ci.tag;
+        logScale_[at] = ci.number3 == kLogarithmicScale;
+    }
+}
+
+void VuReport::write_alarms() {
+    set_step(5, " - Daten werden jetzt convertiert...(Alarme)");
+    check_records(info_.alarmNum, "alarms");
+    next_row();
+    put(3, std::string(" "), true, 0);
+
+    // The header has no line end: in CSV the first alarm follows on its line.
+    next_row();
+    const char* const titles[] = {"Channel", "Status", "Level", "Typ",
+                                  "Typ short", "Date", "Time", "Serial no. occurence"};
+    for (int k = 0; k < 8; ++k) put(k, std::string(titles[k]), false, 0);
+
+    for (std::int32_t a = 0; a < info_.alarmNum; ++a) {
+        VUAlarmInfo al;
+        VUGetAlarmInfo(ctx_, file_.get(), source_, a, al);
+        next_row();
+        put(0, al.channel, false, 1);
+        put(1, al.stateText, false, 0);
+        put(2, al.level, false, 1);
+        put(3, al.text, false, 0);
+        put(4, al.shortText, false, 0);
+        put(5, al.date, false, 0);
+        put(6, al.time, false, 0);
+        put(7, al.levelNo, true, 1);
+    }
+    next_row();
+    put(0, std::string(" "), true, 0);
+}
+
+void VuReport::write_messages() {
+    pair_row("Messages", info_.eventNum, 1);
+    if (info_.eventNum <= 0 || !is_set(ctx_.opt.messageinclusive)) return;
+    set_step(6, " - Daten werden jetzt convertiert...(Meldungen)");
+    check_records(info_.eventNum, "messages");
+    next_row();
+    put(3, std::string(), true, 0);
+
+    next_row();
+    const char* const titles[] = {"Serial no.", "Date", "Time", "Message No",
+                                  "Message",    "User", "Type"};
+    for (int k = 0; k < 7; ++k) put(k, std::string(titles[k]), k == 6, 0);
+
+    for (std::int32_t e = 0; e < info_.eventNum; ++e) {
+        next_row();
+        VUEventInfo ev;
+        VUGetEventInfo(ctx_, file_.get(), source_, e, ev);
+        put(0, ev.serial, false, 1);
+        put(1, ev.date, false, 0);
+        put(2, ev.time, false, 0);
+        put(3, ev.messageNo, false, 1);
+        put(4, ev.message, false, 0);
+        put(5, ev.user, false, 0);
+        put(6, ev.sourceText, true, 0);
+    }
+    next_row();
+    put(0, info_.triggerNo, false, 1);
+    put(1, info_.triggerDate, false, 0);
+    put(2, info_.triggerTime, false, 0);
+    put(3, std::int32_t{0}, false, 1);
+    put(4, std::string("Trigger"), false, 0);
+    put(5, std::string(), false, 0);
+    put(6, std::string("None"), true, 0);
+
+    next_row();
+    put(0, std::string(" "), true, 0);
+}
+
+void VuReport::write_batch() {
+    set_step(7, " - Daten werden jetzt convertiert...(Batchdaten)");
+    const VUBatchInfo& b = batch_;
+    pair_row("Batchname", b.batchName);
+    pair_row("Batchno", b.batchNo, 1);
+    pair_row("Application", b.application);
+    pair_row("Batch start action", b.startAction);
+    pair_row("Batch start user", b.startUser);
+    pair_row("Batch stop action", b.stopAction);
+    pair_row("Batch stop user", b.stopUser);
+    for (std::size_t k = 0; k < kVuBatchCommentCount; ++k) {
+        const std::string n = std::to_string(k + 1);
+        pair_row("Batch Comment User " + n, b.commentUser[k]);
+        pair_row("Batch Comment Time " + n, b.commentTime[k]);
+        pair_row("Batch Comment " + n, b.comment[k]);
+    }
+    for (std::size_t k = 0; k < kVuBatchTexts; ++k)
+        pair_row("Text " + std::to_string(k + 1), vu_batch_text(b.label[k], b.text[k]));
+}
+
+void VuReport::write_samples(bool eventFile) {
+    write_value_titles(eventFile);
+    set_step(11, eventFile
+                     ? " - Daten werden jetzt convertiert...(Messwerte lesen/schreiben *.oge)"
+                     : " - Daten werden jetzt convertiert...(Messwerte lesen/schreiben *.ogd)");
+    const std::int32_t count = info_.dataCount;
+    const auto first = ch_.number.begin() + 1;
+    std::vector<std::string> numbers(first, first + channels_);
+    std::vector<std::int32_t> decimals(ch_.decimals.begin() + 1,
+                                       ch_.decimals.begin() + 1 + channels_);
+    std::vector<std::int32_t> types(ch_.dataType.begin() + 1,
+                                    ch_.dataType.begin() + 1 + channels_);
+    auto cursor = VUOpenMeasData(ctx_, file_.get(), source_, numbers, count, decimals, types,
+                                 vu_time_base(ctx_, info_.startTime, info_.samplingInt),
+                                 to_flag(eventFile), ctx_.state<SampleBlockSetting>().samples);
+    // Every value is a text cell; an event file's value carries the line end.
+    write_sample_rows(*cursor, count, eventFile, 0, true);
+}
+
+}  // namespace
+
+int fkt_VUconvertCSVXLS(Program& ctx, const std::string& source, const std::string& reportBase,
+                        Flag interactive) {
+    return VuReport(ctx, source, reportBase, is_set(interactive)).run();
+}
+
+}  // namespace qumbrel
