@@ -16,7 +16,6 @@
 
 namespace qumbrel {
 
-
 namespace {
 
 // A text assigned to a 16-bit integer: read under the regional rules, rounded as CInt.

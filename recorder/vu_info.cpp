@@ -135,7 +135,8 @@ VUTimeBase vu_time_base(Program& ctx, const std::string& startTime,
     VUTimeBase base;
     const auto blank = startTime.find(' ');
     base.startDate = blank == std::string::npos ? startTime : startTime.substr(0, blank);
-    const std::string clock = blank == std::string::npos ? std::string() : startTime.substr(blank + 1);
+    const std::string clock =
+        blank == std::string::npos ? std::string() : startTime.substr(blank + 1);
     base.startMsec = fkt_DateTimeToMsec(ctx, clock, "");
     // Without its separator the interval reads as whole milliseconds.
     std::string interval = samplingInt;
@@ -189,9 +190,10 @@ void VUGetInfo(Program& ctx, std::int32_t handle, const std::string& path, VUInf
         // The device code is hexadecimal text: first digit the model, last the file kind.
         const std::string code =
             filter_field(ctx, deviceCode.data(), deviceCode.size(), kDisplayFilter, true);
-        out.deviceType = code.empty() ? std::string() : device_model(RecorderFamily::VU, code.front());
-        out.fileType = code.empty() ? std::string()
-                                    : device_file_kind(RecorderFamily::VU, code.back());
+        out.deviceType =
+            code.empty() ? std::string() : device_model(RecorderFamily::VU, code.front());
+        out.fileType =
+            code.empty() ? std::string() : device_file_kind(RecorderFamily::VU, code.back());
         out.serialNo = filter_field(ctx, serialNo.data(), serialNo.size(), kDisplayFilter, true);
         out.fileMessage =
             filter_field(ctx, fileMessage.data(), fileMessage.size(), kDisplayFilter, false);
@@ -242,8 +244,7 @@ void VUGetInfo(Program& ctx, std::int32_t handle, const std::string& path, VUInf
     }
 }
 
-void VUGetBatchInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    VUBatchInfo& out) {
+void VUGetBatchInfo(Program& ctx, std::int32_t handle, const std::string& path, VUBatchInfo& out) {
     int step = 1;
     try {
         VuFile file(ctx, handle, path);

@@ -241,14 +241,11 @@ class VuCursor final : public SampleCursor {
 
 }  // namespace
 
-std::unique_ptr<SampleCursor> VUOpenMeasData(Program& ctx, std::int32_t handle,
-                                             const std::string& path,
-                                             std::span<const std::string> channels,
-                                             std::int32_t dataCount,
-                                             std::span<const std::int32_t> decimals,
-                                             std::span<const std::int32_t> dataTypes,
-                                             const VUTimeBase& timeBase, Flag singleValue,
-                                             std::size_t blockSize) {
+std::unique_ptr<SampleCursor> VUOpenMeasData(
+    Program& ctx, std::int32_t handle, const std::string& path,
+    std::span<const std::string> channels, std::int32_t dataCount,
+    std::span<const std::int32_t> decimals, std::span<const std::int32_t> dataTypes,
+    const VUTimeBase& timeBase, Flag singleValue, std::size_t blockSize) {
     return std::make_unique<VuCursor>(ctx, handle, path, channels, dataCount, decimals, dataTypes,
                                       timeBase, is_set(singleValue), blockSize);
 }

@@ -116,9 +116,9 @@ struct VUChannelInfo {
     double scaleLow = 0;
     double scaleHigh = 0;
     std::int32_t number2 = 0;
-    std::int32_t number3 = 0;  // scale kind: 3 logarithmic
-    std::int32_t number4 = 0;  // decade at the scale's low end
-    std::int32_t number5 = 0;  // decade at the scale's high end
+    std::int32_t number3 = 0;   // scale kind: 3 logarithmic
+    std::int32_t number4 = 0;   // decade at the scale's low end
+    std::int32_t number5 = 0;   // decade at the scale's high end
     std::int32_t dataType = 0;  // 0 int16, otherwise int32
 };
 inline constexpr std::int32_t kLogarithmicScale = 3;
@@ -128,7 +128,7 @@ struct VUAlarmInfo {
     std::int32_t channel = 0;  // from 1
     std::int32_t level = 0;    // 1 to 4, 1234 for all levels, 0 for any other mask
     std::string date;
-    std::string time;  // with milliseconds
+    std::string time;          // with milliseconds
     std::int32_t levelNo = 0;  // the alarm's serial number
     std::string text;
     std::string shortText;
@@ -156,28 +156,24 @@ void VUGetBatchInfo(Program& ctx, std::int32_t handle, const std::string& path, 
 void VUGetChDataInfo(Program& ctx, std::int32_t handle, const std::string& path,
                      std::int32_t channelIndex, VUChannelInfo& out);
 void VUGetFileElements(Program& ctx, std::int32_t handle, const std::string& path);
-void VUGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    std::int32_t index, VUAlarmInfo& out);
-void VUGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    std::int32_t index, VUEventInfo& out);
+void VUGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path, std::int32_t index,
+                    VUAlarmInfo& out);
+void VUGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path, std::int32_t index,
+                    VUEventInfo& out);
 
 // The samples a block at a time. `channels` are the decimal texts of the channel numbers
 // of positions 1..n, `decimals` and `dataTypes` the matching channel values. The blocks
 // carry the alarm flags of every channel. A cursor on a handle of 0 opens the file and
 // closes it when destroyed.
-std::unique_ptr<SampleCursor> VUOpenMeasData(Program& ctx, std::int32_t handle,
-                                             const std::string& path,
-                                             std::span<const std::string> channels,
-                                             std::int32_t dataCount,
-                                             std::span<const std::int32_t> decimals,
-                                             std::span<const std::int32_t> dataTypes,
-                                             const VUTimeBase& timeBase, Flag singleValue,
-                                             std::size_t blockSize = kDefaultSampleBlock);
+std::unique_ptr<SampleCursor> VUOpenMeasData(
+    Program& ctx, std::int32_t handle, const std::string& path,
+    std::span<const std::string> channels, std::int32_t dataCount,
+    std::span<const std::int32_t> decimals, std::span<const std::int32_t> dataTypes,
+    const VUTimeBase& timeBase, Flag singleValue, std::size_t blockSize = kDefaultSampleBlock);
 
 // The time base a generator passes: the start time text ("date time.ms" as VUGetInfo
 // gives it) and the sampling interval text.
-VUTimeBase vu_time_base(Program& ctx, const std::string& startTime,
-                        const std::string& samplingInt);
+VUTimeBase vu_time_base(Program& ctx, const std::string& startTime, const std::string& samplingInt);
 
 void fkt_ReadVUFileInfo(Program& ctx, FileInfoList& list, const std::string& path);
 

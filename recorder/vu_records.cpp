@@ -76,8 +76,8 @@ void VUGetFileElements(Program& ctx, std::int32_t handle, const std::string& pat
         step = 3;
         TextField<abi::kVuDeviceCodeLen> deviceCode;
         std::int32_t v[13] = {};
-        lib.DllVUGetCnctInfo(h, deviceCode.data(), &v[0], &v[1], &v[2], &v[3], &v[4], &v[5],
-                             &v[6], &v[7], &v[8], &v[9], &v[10], &v[11], &v[12]);
+        lib.DllVUGetCnctInfo(h, deviceCode.data(), &v[0], &v[1], &v[2], &v[3], &v[4], &v[5], &v[6],
+                             &v[7], &v[8], &v[9], &v[10], &v[11], &v[12]);
         std::int32_t f[6] = {};
         lib.DllVUtoDateTime(v[0], &f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
         set_date_elements(ctx, e, f[0], f[1], f[2], f[3], f[4], f[5]);
@@ -109,8 +109,8 @@ void VUGetFileElements(Program& ctx, std::int32_t handle, const std::string& pat
     }
 }
 
-void VUGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    std::int32_t index, VUAlarmInfo& out) {
+void VUGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path, std::int32_t index,
+                    VUAlarmInfo& out) {
     int step = 1;
     try {
         VuFile file(ctx, handle, path);
@@ -137,8 +137,8 @@ void VUGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path,
     }
 }
 
-void VUGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    std::int32_t index, VUEventInfo& out) {
+void VUGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path, std::int32_t index,
+                    VUEventInfo& out) {
     int step = 1;
     try {
         VuFile file(ctx, handle, path);

@@ -123,8 +123,8 @@ void VuReport::write_alarms() {
 
     // The header has no line end: in CSV the first alarm follows on its line.
     next_row();
-    const char* const titles[] = {"Channel", "Status", "Level", "Typ",
-                                  "Typ short", "Date", "Time", "Serial no. occurence"};
+    const char* const titles[] = {"Channel",   "Status", "Level", "Typ",
+                                  "Typ short", "Date",   "Time",  "Serial no. occurence"};
     for (int k = 0; k < 8; ++k) put(k, std::string(titles[k]), false, 0);
 
     for (std::int32_t a = 0; a < info_.alarmNum; ++a) {
@@ -212,8 +212,7 @@ void VuReport::write_samples(bool eventFile) {
     std::vector<std::string> numbers(first, first + channels_);
     std::vector<std::int32_t> decimals(ch_.decimals.begin() + 1,
                                        ch_.decimals.begin() + 1 + channels_);
-    std::vector<std::int32_t> types(ch_.dataType.begin() + 1,
-                                    ch_.dataType.begin() + 1 + channels_);
+    std::vector<std::int32_t> types(ch_.dataType.begin() + 1, ch_.dataType.begin() + 1 + channels_);
     auto cursor = VUOpenMeasData(ctx_, file_.get(), source_, numbers, count, decimals, types,
                                  vu_time_base(ctx_, info_.startTime, info_.samplingInt),
                                  to_flag(eventFile), ctx_.state<SampleBlockSetting>().samples);

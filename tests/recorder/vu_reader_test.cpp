@@ -201,7 +201,7 @@ TEST_F(VuReaderTest, GroupNamesSlipAtIndex18AndDropThe37th) {
     VUGetFileElements(ctx, 0, path);
     auto& e = ctx.state<FileElements>();
     EXPECT_EQ(e.group(1), "G0");
-    EXPECT_EQ(e.group(4), "");    // not in use
+    EXPECT_EQ(e.group(4), "");      // not in use
     EXPECT_EQ(e.group(11), "G18");  // index 18 lands on ti_11 ...
     EXPECT_EQ(e.group(19), "");     // ... and leaves ti_19 empty
     EXPECT_EQ(e.group(36), "G35");
@@ -228,8 +228,7 @@ TEST_F(VuReaderTest, CursorGivesValuesFlagsAndTimesAcrossBlocks) {
         EXPECT_EQ(ch1.alarms, (std::vector<std::string>{"0", "1", "0", "8", "0"}));
         // The file's own times, midnight crossed by the library's seconds.
         EXPECT_EQ(ch1.times, (std::vector<std::string>{"11:59:58 PM.00", "11:59:59 PM.00",
-                                                       "12:00:00 AM.500", "12:00:01 AM.999",
-                                                       ""}));
+                                                       "12:00:00 AM.500", "12:00:01 AM.999", ""}));
         EXPECT_EQ(ch1.dates[2], "3/6/2024");
         const Read math = read_all(path, base, false, 3, block);
         EXPECT_EQ(math.first, (std::vector<double>{1000, -0.01, 0, 21474836.47, 0}));

@@ -20,6 +20,7 @@
 #include "reclib/simulate.h"
 #include "reclib/writer.h"
 #include "reports/vt_report.h"
+#include "reports/vu_report.h"
 #include "test_util.h"
 
 namespace qumbrel::test {
@@ -63,7 +64,7 @@ class VtReportFixture {
     // Converts into <dir>/<base>.tmp or .xls and returns the report's bytes.
     std::string convert(const std::string& source, const std::string& base,
                         Flag interactive = kFalse) {
-        errors = fkt_VTconvertCSVXLS(*p, source, p.dir.file(base), interactive);
+        errors = generator(*p, source, p.dir.file(base), interactive);
         return testing::read_file(p.dir.file(base) + (p->opt.targetformat == 1 ? ".xls" : ".tmp"));
     }
 
@@ -71,11 +72,15 @@ class VtReportFixture {
 
     testing::TestProgram p;
     int errors = -99;
+    // The family's report; the VU tests set theirs.
+    int (*generator)(Program&, const std::string&, const std::string&, Flag) = fkt_VTconvertCSVXLS;
 };
 
-// Compares with tests/golden/vt/<name>, or writes it with QUMBREL_UPDATE_GOLDEN=1.
-inline void expect_golden(const std::string& name, const std::string& bytes) {
-    const std::string path = std::string(QUMBREL_SOURCE_DIR) + "/tests/golden/vt/" + name;
+// Compares with tests/golden/<family>/<name>, or writes it with QUMBREL_UPDATE_GOLDEN=1.
+inline void expect_golden(const std::string& name, const std::string& bytes,
+                          const std::string& family = "vt") {
+    const std::string path =
+        std::string(QUMBREL_SOURCE_DIR) + "/tests/golden/" + family + "/" + name;
     if (const char* u = std::getenv("QUMBREL_UPDATE_GOLDEN"); u && std::string(u) == "1") {
         std::filesystem::create_directories(std::filesystem::path(path).parent_path());
         return testing::write_file(path, bytes);
@@ -111,14 +116,17 @@ inline int find_line(const std::vector<std::string>& lines, const std::string& p
 
 using Cells = std::map<std::pair<int, int>, std::string>;  // (row, column) from 0
 
-// A cell that is empty or blank is left out: CSV trims texts, so a blank cell of the
-// sheet is an empty field there. A number stands by its value ("42" and "42.0" agree).
+// A cell that is empty or blank is left out and texts are compared trimmed: CSV trims
+// texts, so a blank cell of the sheet is an empty field there. A number stands by its
+// value ("42" and "42.0" agree).
 inline void put(Cells& cells, std::size_t r, std::size_t c, const std::string& v) {
-    if (v.find_first_not_of(' ') == std::string::npos) return;
+    const auto first = v.find_first_not_of(' ');
+    if (first == std::string::npos) return;
     char* end = nullptr;
     char number[32];
     std::snprintf(number, sizeof number, "%.17g", std::strtod(v.c_str(), &end));
-    cells[{static_cast<int>(r), static_cast<int>(c)}] = *end ? v : number;
+    cells[{static_cast<int>(r), static_cast<int>(c)}] =
+        *end ? v.substr(first, v.find_last_not_of(' ') - first + 1) : number;
 }
 
 // CSV with "," as separator and CR LF (ours) or LF (LibreOffice's) line ends; a field in
@@ -165,11 +173,17 @@ struct VtReaders : ::testing::Test, VtReportFixture {
     VtReaders() : VtReportFixture("en-US") {}
     // A file of 3 channels and 25 samples with messages and batch, converted to
     // <base>.tmp and <base>.xls; gives the CSV's cells.
-    Cells csv_and_xls(reclib::Kind kind, const std::string& base) {
+    // A VU file (.ose, .osd) goes through the VU report.
+    Cells csv_and_xls(reclib::Kind kind, const std::string& base,
+                      reclib::Family family = reclib::Family::VT) {
         auto o = vt_sim(kind, 3, 25);
+        o.family = family;
         o.messages = 2;
         o.batch = true;
-        const std::string src = make(o, base + (kind == reclib::Kind::Event ? ".oge" : ".ogd"));
+        const bool vu = family == reclib::Family::VU;
+        generator = vu ? fkt_VUconvertCSVXLS : fkt_VTconvertCSVXLS;
+        const std::string src =
+            make(o, base + std::string(reclib::default_extension(family, kind)));
         options({{"messageinclusive", "1"}});
         const Cells csv = csv_cells(convert(src, base));
         options({{"messageinclusive", "1"}, {"targetformat", "1"}});

@@ -18,12 +18,13 @@ TEST_F(LibreOffice, ReadsTheSampleSheetAndTheReports) {
     ASSERT_EQ(test::write_sample_sheet(x, p.dir.file("sample.xls")), 0);
     const test::Cells ev = csv_and_xls(reclib::Kind::Event, "ev");
     const test::Cells di = csv_and_xls(reclib::Kind::Display, "di");
+    const test::Cells vu = csv_and_xls(reclib::Kind::Display, "vu", reclib::Family::VU);
     const std::string command =
         soffice + " -env:UserInstallation=file://" + p.dir.file("profile") +
         " --headless --infilter=\"MS Excel 4.0\" --convert-to "
         "'csv:Text - txt - csv (StarCalc):44,34,76,1,,0,true,false,true' --outdir " +
         p.dir.file("lo") + " " + p.dir.file("sample.xls") + " " + p.dir.file("ev.xls") + " " +
-        p.dir.file("di.xls") + " >/dev/null 2>&1";
+        p.dir.file("di.xls") + " " + p.dir.file("vu.xls") + " >/dev/null 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0);
     // soffice exits 0 even when a load fails: each output must exist.
     const auto read = [&](const std::string& name) {
@@ -37,7 +38,8 @@ TEST_F(LibreOffice, ReadsTheSampleSheetAndTheReports) {
               "21.5,45000.5,0.333333333333333,-1234567.125\n"
               "\"" +
                   std::string(255, 'z') + "\",,,\n");  // an empty label reads as no cell
-    for (const auto& [name, mine] : {std::pair{"ev", &ev}, std::pair{"di", &di}}) {
+    for (const auto& [name, mine] :
+         {std::pair{"ev", &ev}, std::pair{"di", &di}, std::pair{"vu", &vu}}) {
         SCOPED_TRACE(name);
         test::expect_same_cells(*mine, test::csv_cells(read(name)));
     }
