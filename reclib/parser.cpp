@@ -4,9 +4,12 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <mutex>
+#include <vector>
 
 #include "reclib/format.h"
 
@@ -51,6 +54,44 @@ class FileSource final : public ByteSource {
 
   protected:
     std::size_t read_some(std::uint64_t offset, void* dst, std::size_t n) const override {
+        if (n > kSmallRead) return read_direct(offset, dst, n);
+        // Small reads (one sample, one time) come in runs along a few places of the file:
+        // each place is served from a window read ahead, not a system call each.
+        std::lock_guard lock(windowMutex_);
+        Window* hit = nullptr;
+        for (auto& w : windows_) {
+            if (offset >= w.start && offset + n <= w.start + w.bytes) hit = &w;
+        }
+        if (!hit) {
+            hit = &windows_[nextWindow_];
+            nextWindow_ = (nextWindow_ + 1) % windows_.size();
+            hit->data.resize(kWindow);
+            hit->start = offset;
+            hit->bytes = read_direct(offset, hit->data.data(), kWindow);
+        }
+        const std::uint64_t end = hit->start + hit->bytes;
+        const std::size_t got =
+            offset >= end ? 0 : static_cast<std::size_t>(std::min<std::uint64_t>(n, end - offset));
+        std::memcpy(dst, hit->data.data() + (offset - hit->start), got);
+        return got;
+    }
+
+  public:
+    void forget_read_ahead() const override {
+        std::lock_guard lock(windowMutex_);
+        for (auto& w : windows_) w.bytes = 0;
+    }
+
+  private:
+    static constexpr std::size_t kSmallRead = 64;
+    static constexpr std::size_t kWindow = 16 * 1024;
+    struct Window {
+        std::vector<char> data;
+        std::uint64_t start = 0;
+        std::size_t bytes = 0;
+    };
+
+    std::size_t read_direct(std::uint64_t offset, void* dst, std::size_t n) const {
         std::size_t got = 0;
         auto* out = static_cast<char*>(dst);
         while (got < n) {
@@ -62,9 +103,11 @@ class FileSource final : public ByteSource {
         return got;
     }
 
-  private:
     int fd_;
     std::uint64_t size_;
+    mutable std::mutex windowMutex_;
+    mutable std::array<Window, 4> windows_;
+    mutable std::size_t nextWindow_ = 0;
 };
 
 // A read position in a byte range; every read is checked against the end.
@@ -373,7 +416,21 @@ ParseStatus parse(std::span<const std::uint8_t> bytes, ParsedFile& out) {
     return parse(memory_source(bytes), out);
 }
 
+namespace {
+ParseStatus parse_source(std::shared_ptr<const ByteSource> source, ParsedFile& out);
+}  // namespace
+
 ParseStatus parse(std::shared_ptr<const ByteSource> source, ParsedFile& out) {
+    const ParseStatus status = parse_source(source, out);
+    // What the parse read ahead is not kept: reads of the samples see the file as it is
+    // then (a file cut short since gives zeros and counts as damaged).
+    if (source) source->forget_read_ahead();
+    return status;
+}
+
+namespace {
+
+ParseStatus parse_source(std::shared_ptr<const ByteSource> source, ParsedFile& out) {
     out = ParsedFile{};
     if (!source) return ParseStatus::NotRecorderFile;
     const ByteSource& src = *source;
@@ -462,6 +519,8 @@ ParseStatus parse(std::shared_ptr<const ByteSource> source, ParsedFile& out) {
     if (!sound || src.short_read()) out.checksumOk = false;
     return out.checksumOk ? ParseStatus::Ok : ParseStatus::Damaged;
 }
+
+}  // namespace
 
 RecorderFile to_model(const ParsedFile& p) {
     RecorderFile f;

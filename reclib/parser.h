@@ -34,6 +34,8 @@ class ByteSource {
     // then (or on a read error) the source counts as short from then on.
     void read(std::uint64_t offset, void* dst, std::size_t n) const;
     bool short_read() const { return short_.load(std::memory_order_relaxed); }
+    // Drops bytes read ahead, so the next reads see the file as it is now.
+    virtual void forget_read_ahead() const {}
 
   protected:
     // Bytes actually copied (fewer at the end or on an error).

@@ -5,7 +5,7 @@
 // NUMBER records. Every run is a child process; wait4 gives its peak memory.
 //
 //   ninja -C build bench_vt_report qumbrel recsim reclib_libraries qumbrel_languages
-//   build/bin/bench_vt_report [--samples N] [--channels 1..30] [--repeat N]
+//   build/bin/bench_vt_report [--samples N] [--channels 1..30] [--repeat N] [--family VU]
 //
 // Prints seconds (best of --repeat), values per second, peak RSS and the ratio to the bare
 // writer of the same format. Needs qumbrel, recsim and the recorder libraries beside it in
@@ -30,6 +30,7 @@
 #include "frame/context.h"
 #include "frame/headless_host.h"
 #include "recorder/vt_reader.h"
+#include "recorder/vu_reader.h"
 
 namespace {
 
@@ -40,6 +41,7 @@ struct Settings {
     std::int32_t samples = 1000000;
     std::int32_t channels = 30;
     int repeat = 1;
+    bool vu = false;  // --family VU: VU event files through the VU report and reader
 };
 
 // The pandas peer: DataFrame.to_csv of the same shape (a date and a time column, then the
@@ -158,7 +160,10 @@ int bare_writer(const Settings& s, const std::string& src, const std::string& ou
             handed = written;
         }
     };
-    auto cursor = VTOpenMeasData(ctx, src, channels, s.samples, decimals, kTrue);
+    const std::vector<std::int32_t> types(channels.size(), 0);
+    auto cursor = s.vu ? VUOpenMeasData(ctx, 0, src, channels, s.samples, decimals, types,
+                                        VUTimeBase{0, "", "1000"}, kTrue)
+                       : VTOpenMeasData(ctx, src, channels, s.samples, decimals, kTrue);
     SampleBlock data;
     char num[32];
     std::int64_t r = 0;
@@ -227,13 +232,15 @@ std::vector<std::int32_t> parse_list(const char* text) {
     return out;
 }
 
-std::string make_file(const std::string& recsim, const std::string& dir, std::int32_t samples,
-                      std::int32_t channels, int records, const std::string& name) {
-    const std::string src = dir + "/" + name;
-    const std::string cmd = recsim + " --family VT --kind event --channels " +
-                            std::to_string(channels) + " --samples " + std::to_string(samples) +
-                            " --alarms " + std::to_string(records) + " --messages " +
-                            std::to_string(records) + " --seed 1 --out " + src + " >/dev/null";
+std::string make_file(const Settings& s, const std::string& recsim, const std::string& dir,
+                      std::int32_t samples, std::int32_t channels, int records,
+                      const std::string& stem) {
+    const std::string src = dir + "/" + stem + (s.vu ? ".ose" : ".oge");
+    const std::string cmd = recsim + " --family " + (s.vu ? "VU" : "VT") +
+                            " --kind event --channels " + std::to_string(channels) + " --samples " +
+                            std::to_string(samples) + " --alarms " + std::to_string(records) +
+                            " --messages " + std::to_string(records) + " --seed 1 --out " + src +
+                            " >/dev/null";
     return std::system(cmd.c_str()) == 0 ? src : std::string();
 }
 
@@ -282,6 +289,10 @@ int main(int argc, char** argv) {
             records = true;
         } else if (key == "--oneshot") {
             oneshot = true;
+        } else if (key == "--family" &&
+                   (std::string(value) == "VU" || std::string(value) == "VT")) {
+            s.vu = std::string(value) == "VU";
+            ++i;
         } else {
             sizes.clear();
         }
@@ -291,7 +302,7 @@ int main(int argc, char** argv) {
     if (!sizesOk || s.channels <= 0 || s.channels > 30 || s.repeat <= 0) {
         std::fprintf(stderr,
                      "usage: bench_vt_report [--samples N[,N...]] [--channels 1..30] "
-                     "[--repeat N] [--records] [--oneshot]\n");
+                     "[--repeat N] [--records] [--oneshot] [--family VT|VU]\n");
         return 2;
     }
     const std::string bin = fs::canonical("/proc/self/exe").parent_path().string();
@@ -313,7 +324,7 @@ int main(int argc, char** argv) {
 
     if (oneshot) {
         // The one-shot of a small file, flushes included, beside the process start alone.
-        const std::string src = make_file(recsim, dir, 100, 4, 2, "small.oge");
+        const std::string src = make_file(s, recsim, dir, 100, 4, 2, "small");
         std::vector<double> conv, start;
         for (int k = 0; k < 50; ++k) {
             fs::remove(dir + "/csv/small.csv");
@@ -342,7 +353,7 @@ int main(int argc, char** argv) {
         std::printf("%-28s %9s\n", "alarms + messages", "seconds");
         double first = 0;
         for (int n : {1000, 8000}) {
-            const std::string src = make_file(recsim, dir, 100000, 30, n, "rec.oge");
+            const std::string src = make_file(s, recsim, dir, 100000, 30, n, "rec");
             const Case c{"records", [&] { return exec_qumbrel(qumbrel, dir + "/home-csv", src); },
                          dir + "/csv/rec.csv"};
             const Outcome o = best_of(c, s.repeat);
@@ -361,7 +372,7 @@ int main(int argc, char** argv) {
                     "values/s", "peak RSS MB", "output MB", "x bare");
         for (const std::int32_t n : sizes) {
             s.samples = n;
-            const std::string src = make_file(recsim, dir, n, s.channels, 0, "bench.oge");
+            const std::string src = make_file(s, recsim, dir, n, s.channels, 0, "bench");
             if (src.empty()) return 2;
             const std::vector<Case> cases{
                 {"qumbrel CSV", [&] { return exec_qumbrel(qumbrel, dir + "/home-csv", src); },
@@ -377,7 +388,7 @@ int main(int argc, char** argv) {
                  dir + "/bare.xls"},
             };
             const double values = static_cast<double>(n) * s.channels;
-            double ours = 0, bareCsv = 0;
+            double ours = 0, bareCsv = 0, oursCsv = 0;
             for (const auto& c : cases) {
                 const Outcome best = best_of(c, s.repeat);
                 if (!best.ok) {
@@ -400,6 +411,7 @@ int main(int argc, char** argv) {
                 } else {
                     std::printf("\n");
                     ours = best.seconds;
+                    if (c.name == "qumbrel CSV") oursCsv = best.seconds;
                 }
                 fs::remove(c.output);
             }
@@ -408,7 +420,8 @@ int main(int argc, char** argv) {
                 std::printf(
                     "%-10d %-16s %9.2f %13.0f   (to_csv alone; pandas / qumbrel CSV: "
                     "x%.1f)\n",
-                    n, "pandas to_csv", pandas, values / pandas, pandas / (ours > 0 ? ours : 1));
+                    n, "pandas to_csv", pandas, values / pandas,
+                    pandas / (oursCsv > 0 ? oursCsv : 1));
             fs::remove(src);
         }
         std::printf(

@@ -202,6 +202,14 @@ TEST(Qumbrel, OneRunPerCase) {
         {"--info", "in/a.oge", "event", {}, "--info @/in/a.oge", 0, {"in/a.oge"}, {},
          {{"", "File Type: \tEvent file\n"}, {"", "Sampling Int.: \t1.0 sec\n"}}},
         {"--info without the file", "", "", {}, "--info @/in/none.oge", 2, {}, {}, {}},
+        // The VU family, under either of its extensions.
+        {"a VU file in delete mode", "in/v.oae", "VU", {{"binfilemodus", "1"}}, "@/in/v.oae", 0,
+         {"out/v.csv"}, {"in/v.oae", "out/v.oae"}, {{"out/v.csv", "\"File\",\"Event File\","}}},
+        {"a KL file renamed .ose", "in/k.ose", "KL", {{"binfilemodus", "1"}}, "@/in/k.ose", 1,
+         {"out/k.ose.Error.ose"}, {"in/k.ose", "out/k.csv"},
+         {{"", "'k.ose' is not a VU recorder file: no VU file header"}}},
+        {"--info of a VU file", "in/v.ose", "VU", {}, "--info @/in/v.ose", 0, {"in/v.ose"}, {},
+         {{"", "Ext. Ch. Count: \t0\n"}, {"", "Sampling Int.: \t1.000 sec\n"}}},
     };
     // clang-format on
     for (const Case& c : cases) {
@@ -220,9 +228,10 @@ TEST(Qumbrel, OneRunPerCase) {
         } else if (c.kind == "folder") {
             fs::create_directories(r.dir.file(c.source));
             write_file(r.dir.file(c.source) + "/x", "inside");
-        } else if (c.kind == "KL") {
-            const std::string cmd = QUMBREL_BIN_DIR "/recsim --family KL --kind event --out " +
-                                    sh_quote(r.dir.file(c.source)) + " >/dev/null";
+        } else if (c.kind == "KL" || c.kind == "VU") {
+            const std::string cmd = QUMBREL_BIN_DIR "/recsim --family " + c.kind +
+                                    " --kind event --out " + sh_quote(r.dir.file(c.source)) +
+                                    " >/dev/null";
             ASSERT_EQ(std::system(cmd.c_str()), 0);
         } else if (!c.kind.empty()) {
             r.simulate(c.source, c.kind);

@@ -150,5 +150,40 @@ TEST_F(VuReport, DamagedFileStopsUnlessInteractive) {
     EXPECT_EQ(samples_of(full).size(), 12u);
 }
 
+// Damaged copies of a good file (cut short, bytes overwritten): each is converted or
+// refused with a count of errors, never a crash, and a report never holds more sample
+// lines than its header announces.
+TEST_F(VuReport, DamagedCorpusIsConvertedOrRefused) {
+    options({{"alarminclusive", "1"}, {"messageinclusive", "1"}});
+    auto o = sim(Kind::Display, 4, 40);
+    o.alarms = o.messages = 3;
+    o.batch = true;
+    const std::string good = testing::read_file(make(o, "good.osd"));
+    std::vector<std::string> corpus;
+    for (const std::size_t cut : {std::size_t{0}, std::size_t{16}, std::size_t{100},
+                                  good.size() / 3, good.size() / 2, good.size() - 1})
+        corpus.push_back(good.substr(0, cut));
+    for (std::size_t stride = 7; stride < 200; stride += 31) {
+        std::string bent = good;
+        for (std::size_t at = stride; at < bent.size(); at += stride * 13)
+            bent[at] = static_cast<char>(bent[at] ^ 0x5A);
+        corpus.push_back(bent);
+    }
+    int withSamples = 0;
+    for (std::size_t i = 0; i < corpus.size(); ++i) {
+        SCOPED_TRACE(i);
+        const std::string src = p.dir.file("bad" + std::to_string(i) + ".osd");
+        testing::write_file(src, corpus[i]);
+        const auto l = lines_of(convert(src, "r" + std::to_string(i), kTrue));
+        EXPECT_TRUE(errors == 0 || errors == 1) << errors;
+        const int count = find_line(l, "\"Number of Data\",");
+        if (count < 0 || find_line(l, "\"date\",\"time\"") < 0) continue;
+        const long announced = std::strtol(l[count].c_str() + 17, nullptr, 10);
+        EXPECT_LE(static_cast<long>(samples_of(l).size()), announced);
+        ++withSamples;
+    }
+    EXPECT_GT(withSamples, 2) << "the damage should leave some files readable";
+}
+
 }  // namespace
 }  // namespace qumbrel
