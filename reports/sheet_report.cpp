@@ -376,6 +376,47 @@ void SheetReport::write_sample_rows(SampleCursor& cursor, std::int32_t count, bo
     if (cursor.failed()) throw ReaderFailed{};
 }
 
+void SheetReport::write_message_block(std::int32_t count,
+                                      const std::function<void(std::int32_t, VTEventInfo&)>& event,
+                                      std::int32_t triggerNo, const std::string& triggerDate,
+                                      const std::string& triggerTime) {
+    pair_row("Messages", count, 1);
+    if (count <= 0 || !is_set(ctx_.opt.messageinclusive)) return;
+    set_step(6, " - Daten werden jetzt convertiert...(Meldungen)");
+    check_records(count, "messages");
+    next_row();
+    put(3, std::string(), true, 0);
+
+    next_row();
+    const char* const titles[] = {"Serial no.", "Date", "Time", "Message No",
+                                  "Message",    "User", "Type"};
+    for (int k = 0; k < 7; ++k) put(k, std::string(titles[k]), k == 6, 0);
+
+    for (std::int32_t e = 0; e < count; ++e) {
+        next_row();
+        VTEventInfo ev;
+        event(e, ev);
+        put(0, ev.serial, false, 1);
+        put(1, ev.date, false, 0);
+        put(2, ev.time, false, 0);
+        put(3, ev.messageNo, false, 1);
+        put(4, ev.message, false, 0);
+        put(5, ev.user, false, 0);
+        put(6, ev.sourceText, true, 0);
+    }
+    next_row();
+    put(0, triggerNo, false, 1);
+    put(1, triggerDate, false, 0);
+    put(2, triggerTime, false, 0);
+    put(3, std::int32_t{0}, false, 1);
+    put(4, std::string("Trigger"), false, 0);
+    put(5, std::string(), false, 0);
+    put(6, std::string("None"), true, 0);
+
+    next_row();
+    put(0, std::string(" "), true, 0);
+}
+
 int SheetReport::close_output() {
     set_step(13, "");
     status(fkt_translate(ctx_, "closefile"));

@@ -8,12 +8,14 @@
 //   class VuReport : public SheetReport { int convert() override { ... } };
 //   return VuReport(ctx, source, base, interactive).run();
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "frame/context.h"
 #include "recorder/sample_cursor.h"
+#include "recorder/vt_reader.h"
 #include "reports/cellvalue.h"
 
 namespace qumbrel {
@@ -69,6 +71,12 @@ class SheetReport {
     // cells. Channels marked in `logScale_` show fkt_logvalue of their value.
     void write_sample_rows(SampleCursor& cursor, std::int32_t count, bool eventFile,
                            std::int32_t eventType, bool eventLineEnd);
+    // "Messages" with the count; with messageinclusive the list of events read by
+    // `event(index, out)`, then the trigger row.
+    void write_message_block(std::int32_t count,
+                             const std::function<void(std::int32_t, VTEventInfo&)>& event,
+                             std::int32_t triggerNo, const std::string& triggerDate,
+                             const std::string& triggerTime);
     int close_output();
     void close_quietly();
 

@@ -116,41 +116,10 @@ void VtReport::write_alarms() {
 }
 
 void VtReport::write_messages() {
-    pair_row("Messages", info_.eventNum, 1);
-    if (info_.eventNum <= 0 || !is_set(ctx_.opt.messageinclusive)) return;
-    set_step(6, " - Daten werden jetzt convertiert...(Meldungen)");
-    check_records(info_.eventNum, "messages");
-    next_row();
-    put(3, std::string(), true, 0);
-
-    next_row();
-    const char* const titles[] = {"Serial no.", "Date", "Time", "Message No",
-                                  "Message",    "User", "Type"};
-    for (int k = 0; k < 7; ++k) put(k, std::string(titles[k]), k == 6, 0);
-
-    for (std::int32_t e = 0; e < info_.eventNum; ++e) {
-        next_row();
-        VTEventInfo ev;
-        VTGetEventInfo(ctx_, source_, e, ev);
-        put(0, ev.serial, false, 1);
-        put(1, ev.date, false, 0);
-        put(2, ev.time, false, 0);
-        put(3, ev.messageNo, false, 1);
-        put(4, ev.message, false, 0);
-        put(5, ev.user, false, 0);
-        put(6, ev.sourceText, true, 0);
-    }
-    next_row();
-    put(0, info_.triggerNo, false, 1);
-    put(1, info_.triggerDate, false, 0);
-    put(2, info_.triggerTime, false, 0);
-    put(3, std::int32_t{0}, false, 1);
-    put(4, std::string("Trigger"), false, 0);
-    put(5, std::string(), false, 0);
-    put(6, std::string("None"), true, 0);
-
-    next_row();
-    put(0, std::string(" "), true, 0);
+    write_message_block(
+        info_.eventNum,
+        [this](std::int32_t e, VTEventInfo& ev) { VTGetEventInfo(ctx_, source_, e, ev); },
+        info_.triggerNo, info_.triggerDate, info_.triggerTime);
 }
 
 void VtReport::write_batch() {
