@@ -9,6 +9,7 @@
 #include "frame/errors.h"
 #include "frame/log.h"
 #include "frame/vbformat.h"
+#include "recorder/eighths_cursor.h"
 #include "recorder/library_loader.h"
 #include "recorder/measdata_checks.h"
 #include "recorder/sample_number.h"
@@ -21,180 +22,39 @@ namespace {
 
 constexpr const char* kTrapName = "VTGetMeasData()";
 
-// The highest VT measuring channel; numbers above it are math channels.
-constexpr std::int16_t kLastMeasuringChannel = 30;
+struct VtAdapter {
+    const recorder::VtLibrary* lib = nullptr;
+    static constexpr bool kAlarmFlags = false;
 
-class VtCursor final : public SampleCursor {
-  public:
-    VtCursor(Program& ctx, const std::string& path, std::span<const std::string> channels,
-             std::int32_t dataCount, std::span<const std::int32_t> decimals, bool single,
-             std::size_t blockSize)
-        : ctx_(ctx),
-          single_(single),
-          block_(std::max<std::size_t>(blockSize, 1)),
-          toNumber_(ctx, kVtZeroRow) {
-        try {
-            step_ = 1;
-            n_ = channels.size();
-            check_sample_count(path, dataCount, n_);
-            lib_ = &recorder::vt_library(ctx);
-            dataCount_ = static_cast<std::size_t>(dataCount);
-            lib_->DllVTopenReadFile(path.c_str(), &handle_);
-            const auto& r = ctx.regional.profile();
-            numbers_.resize(n_);
-            chNo_.resize(n_);
-            for (std::size_t i = 0; i < n_; ++i) {
-                step_ = 2;
-                const auto number = vb::CDbl(channels[i], r);
-                if (!number) throw VbError(errnum::kTypeMismatch, "Type mismatch");
-                numbers_[i] = *number;
-                chNo_[i] = vb::CInt(*number);
-            }
-            step_ = 7;
-            if (decimals.size() < n_)
-                throw VbError(errnum::kSubscriptOutOfRange, "Subscript out of range: decimals");
-            decimals_.assign(decimals.begin(), decimals.begin() + static_cast<std::ptrdiff_t>(n_));
-            total_ = dataCount_ + 1;
-        } catch (...) {
-            fail();
-        }
+    void load(Program& ctx) { lib = &recorder::vt_library(ctx); }
+    bool open(const std::string& path, std::int32_t& handle) {
+        lib->DllVTopenReadFile(path.c_str(), &handle);
+        return handle > 0;
     }
-
-    ~VtCursor() override {
-        // The whole-file reader kept its handle to the end of the process; a cursor gives
-        // it back, so a deleted source frees its space in a long automatic run.
-        if (lib_ && handle_ > 0) lib_->DllVTcloseReadFile(handle_);
+    // The whole-file reader kept its handle to the end of the process; a cursor gives it
+    // back, so a deleted source frees its space in a long automatic run.
+    void close(std::int32_t handle) { lib->DllVTcloseReadFile(handle); }
+    std::int32_t meas(std::int32_t h, std::int32_t pos, std::int32_t start, std::int32_t count,
+                      std::int16_t* out) {
+        std::int32_t u1 = 0, u2 = 0, received = 0;
+        lib->DllVTgetMeasDataFile(h, pos, start, count, &u1, &u2, out, &received);
+        return received;
     }
-
-    std::size_t total() const override { return total_; }
-    bool failed() const override { return failed_; }
-
-    bool next(SampleBlock& b) override {
-        if (failed_ || next_ >= total_) return false;
-        try {
-            read_block(b);
-            return true;
-        } catch (...) {
-            fail();
-            return false;
-        }
+    std::int32_t math(std::int32_t h, std::int32_t pos, std::int32_t start, std::int32_t count,
+                      std::int32_t* out) {
+        std::int32_t u1 = 0, u2 = 0, received = 0;
+        lib->DllVTgetMathDataFile(h, pos, start, count, &u1, &u2, out, &received);
+        return received;
     }
-
-  private:
-    void fail() {
-        failed_ = true;
-        report_trapped(ctx_, kTrapName, step_);
+    std::int32_t times(std::int32_t h, std::int32_t start, std::int32_t count,
+                       std::int32_t* seconds, std::int32_t* ticks) {
+        std::int32_t received = 0;
+        lib->DllVTgetTimesFile(h, start, count, seconds, ticks, &received);
+        return received;
     }
-
-    void read_block(SampleBlock& b) {
-        const std::size_t first = next_;
-        const std::size_t k = std::min(block_, total_ - first);
-        // Rows the library has: the last row of the file (index dataCount) is none of them.
-        const std::size_t real = first < dataCount_ ? std::min(k, dataCount_ - first) : 0;
-        b.first = first;
-        b.count = 0;
-        b.firstValues.reset(k + 1, n_ + 1);
-        b.secondValues.reset(single_ ? 1 : k + 1, n_ + 1);
-        b.dates.clear();
-        b.timesWithMs.clear();
-        b.times.clear();
-        b.msTexts.clear();
-        const auto start = static_cast<std::int32_t>(first);
-        const auto want = static_cast<std::int32_t>(real);
-        if (real > 0) {
-            meas_.resize(real);
-            math_.resize(real);
-        }
-        for (std::size_t i = 1; i <= n_; ++i) {
-            const std::int16_t chNo = chNo_[i - 1];
-            const auto place = static_cast<std::int32_t>(i - 1);
-            const std::int32_t position = single_ ? place : 2 * place;
-            const int passes = single_ ? 1 : 2;
-            for (int pass = 0; pass < passes && real > 0; ++pass) {
-                step_ = pass == 0 ? 3 : 4;
-                SampleMatrix& target = pass == 0 ? b.firstValues : b.secondValues;
-                std::int32_t u1 = 0, u2 = 0, received = 0;
-                if (chNo <= kLastMeasuringChannel) {
-                    lib_->DllVTgetMeasDataFile(handle_, position + pass, start, want, &u1, &u2,
-                                               meas_.data(), &received);
-                    const std::size_t got = clamp_received(received, real);
-                    for (std::size_t j = 0; j < got; ++j)
-                        target.set(j + 1, i, SampleKind::Int16, meas_[j]);
-                } else {
-                    lib_->DllVTgetMathDataFile(handle_, position + pass, start, want, &u1, &u2,
-                                               math_.data(), &received);
-                    const std::size_t got = clamp_received(received, real);
-                    for (std::size_t j = 0; j < got; ++j)
-                        target.set(j + 1, i, SampleKind::Int32, math_[j]);
-                }
-            }
-            step_ = 5;
-            b.firstValues.set(0, i, SampleKind::Double, numbers_[i - 1]);
-            b.secondValues.set(0, i, SampleKind::Double, numbers_[i - 1]);
-        }
-
-        step_ = 6;
-        seconds_.assign(k, 0);
-        ticks_.assign(k, 0);
-        if (real > 0) {
-            std::int32_t receivedTimes = 0;
-            lib_->DllVTgetTimesFile(handle_, start, want, seconds_.data(), ticks_.data(),
-                                    &receivedTimes);
-            // Rows the library did not fill keep the zero time.
-            const std::size_t got = clamp_received(receivedTimes, real);
-            std::fill(seconds_.begin() + static_cast<std::ptrdiff_t>(got), seconds_.end(), 0);
-            std::fill(ticks_.begin() + static_cast<std::ptrdiff_t>(got), ticks_.end(), 0);
-        }
-
-        DateTimeTexts t;
-        for (std::size_t row = 0; row < k; ++row) {
-            step_ = 7;
-            std::array<std::int32_t, 6> f{};
-            lib_->DllVTtoDateTime(seconds_[row], &f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
-            cache_.compose(ctx_, f, eighths_to_millis(ticks_[row]), t);
-            b.dates.push_back(t.date);
-            b.timesWithMs.push_back(t.timeWithMs);
-            b.times.push_back(t.time);
-            b.msTexts.push_back(t.ms);
-
-            step_ = 8;
-            for (std::size_t c = 1; c <= n_; ++c) {
-                const std::int32_t dec = decimals_[c - 1];
-                if (dec <= 0) continue;
-                for (int pass = 0; pass < (single_ ? 1 : 2); ++pass) {
-                    SampleMatrix& m = pass == 0 ? b.firstValues : b.secondValues;
-                    // An empty cell reads as the empty text, which the step turns into 0.
-                    const SampleCell cell = m.at(row + 1, c);
-                    const double v = cell.kind == SampleKind::Empty
-                                         ? sample_text_to_number(ctx_, "", dec, kVtZeroRow)
-                                         : toNumber_(static_cast<std::int64_t>(cell.value), dec);
-                    m.set(row + 1, c, SampleKind::Double, v);
-                }
-            }
-            b.count = row + 1;
-        }
-        next_ = first + k;
+    void to_date_time(std::int32_t seconds, std::array<std::int32_t, 6>& f) {
+        lib->DllVTtoDateTime(seconds, &f[0], &f[1], &f[2], &f[3], &f[4], &f[5]);
     }
-
-    Program& ctx_;
-    const recorder::VtLibrary* lib_ = nullptr;
-    bool single_;
-    std::size_t block_;
-    std::size_t n_ = 0;
-    std::size_t dataCount_ = 0;
-    std::size_t total_ = 0;
-    std::size_t next_ = 0;
-    bool failed_ = false;
-    int step_ = 1;
-    std::int32_t handle_ = 0;
-    std::vector<double> numbers_;
-    std::vector<std::int16_t> chNo_;
-    std::vector<std::int32_t> decimals_;
-    std::vector<std::int16_t> meas_;
-    std::vector<std::int32_t> math_;
-    std::vector<std::int32_t> seconds_, ticks_;
-    SampleNumberStep toNumber_;
-    DateTimeTextCache cache_;
 };
 
 }  // namespace
@@ -204,8 +64,9 @@ std::unique_ptr<SampleCursor> VTOpenMeasData(Program& ctx, const std::string& pa
                                              std::int32_t dataCount,
                                              std::span<const std::int32_t> decimals,
                                              Flag singleValue, std::size_t blockSize) {
-    return std::make_unique<VtCursor>(ctx, path, channels, dataCount, decimals, is_set(singleValue),
-                                      blockSize);
+    return std::make_unique<EighthsCursor<VtAdapter>>(ctx, VtAdapter{}, 0, path, channels,
+                                                      dataCount, decimals, is_set(singleValue),
+                                                      blockSize, kTrapName, kVtZeroRow);
 }
 
 void VTGetMeasData(Program& ctx, const std::string& path, std::span<const std::string> channels,

@@ -240,8 +240,8 @@ int32_t DllKLgetTPVEventInfo(int32_t handle, int32_t index, int32_t* kind, int32
         put(channel, r.i("channel"));
         put(seconds, r.i("seconds"));
         put(ticks, r.i("ticks"));
-        put(c1, r.i("c1"));
-        put(c2, r.i("c2"));
+        put(c1, r.i("offSeconds"));
+        put(c2, r.i("offTicks"));
         put(type, r.i("type"));
         put(value, r.i("value"));
         put(decimals, r.i("decimals"));

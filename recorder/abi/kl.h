@@ -86,7 +86,8 @@ QUMBREL_RECLIB_API int32_t DllKLgetMessageInfo(int32_t handle, int32_t index, in
                                                int32_t* messageNo, int32_t* c1, int32_t* source,
                                                char* user);
 
-// kind 0 PV event, 1 time event; c1, c2 reserved.
+// kind 0 PV event, 1 time event; seconds/ticks when it came on, c1/c2 (offSeconds,
+// offTicks) when it went off, 0 while it is on.
 QUMBREL_RECLIB_API int32_t DllKLgetTPVEventInfo(int32_t handle, int32_t index, int32_t* kind,
                                                 int32_t* no, int32_t* channel, int32_t* seconds,
                                                 int32_t* ticks, int32_t* c1, int32_t* c2,
