@@ -1,8 +1,10 @@
 // The family functions this build has. Families whose readers or generators are not
 // built yet keep empty slots.
 #include "pipeline/family_table.h"
+#include "recorder/kl_reader.h"
 #include "recorder/vt_reader.h"
 #include "recorder/vu_reader.h"
+#include "reports/kl_report.h"
 #include "reports/vt_report.h"
 #include "reports/vu_report.h"
 
@@ -26,6 +28,12 @@ FamilyTable default_family_table() {
     };
     t.vu.fileInfo = fkt_ReadVUFileInfo;
     t.vu.convertCSVXLS = fkt_VUconvertCSVXLS;
+
+    // KL has no file-elements function: the name composer keeps the previous file's.
+    t.kl.typeCheck = KLTypeCheck;
+    t.kl.holdOpen = KLHoldOpen;
+    t.kl.fileInfo = fkt_ReadKLFileInfo;
+    t.kl.convertCSVXLS = fkt_KLconvertCSVXLS;
     return t;
 }
 

@@ -21,7 +21,8 @@ constexpr std::int32_t kMaxGroupNames = 256;
 template <std::size_t N>
 std::string from_table(const std::array<const char*, N>& texts, std::int32_t code,
                        std::string other) {
-    if (code >= 0 && static_cast<std::size_t>(code) < N) return texts[static_cast<std::size_t>(code)];
+    if (code >= 0 && static_cast<std::size_t>(code) < N)
+        return texts[static_cast<std::size_t>(code)];
     return other;
 }
 
@@ -47,8 +48,8 @@ std::string kl_starting_cond(std::int32_t code) {
 }
 
 std::string kl_dividing_cond(std::int32_t code) {
-    static constexpr std::array<const char*, 5> texts = {"Manual", "Black out", "Auto",
-                                                         "TRIGGER", "Sampling"};
+    static constexpr std::array<const char*, 5> texts = {"Manual", "Black out", "Auto", "TRIGGER",
+                                                         "Sampling"};
     return code == 16 ? "Power" : from_table(texts, code, "[UNKNOWN]");
 }
 
@@ -104,10 +105,11 @@ std::string kl_alarm_state(std::int32_t state) {
 }
 
 std::string kl_alarm_source(std::int32_t source) {
-    static constexpr std::array<const char*, 10> texts = {
-        "Unknown",       "Key in",       "Key in user",  "Remote",
-        "Communication", "Communication Monitor", "FTPserver", "Diag.Setting",
-        "Diag.Monitor",  "Serial Communication"};
+    static constexpr std::array<const char*, 10> texts = {"Unknown",       "Key in",
+                                                          "Key in user",   "Remote",
+                                                          "Communication", "Communication Monitor",
+                                                          "FTPserver",     "Diag.Setting",
+                                                          "Diag.Monitor",  "Serial Communication"};
     return from_table(texts, source, "UNKNOWN");
 }
 
@@ -117,19 +119,18 @@ std::string kl_tpv_kind(std::int32_t kind) {
 }
 
 std::string kl_tpv_type(std::int32_t type) {
-    static constexpr std::array<const char*, 12> texts = {
-        "Off",
-        "time",
-        "PV high-limit",
-        "PV low-limit",
-        "deviation high-limit",
-        "deviation low-limit",
-        "deviation high & low limit",
-        "deviation within high & low limits",
-        "SP high-limit",
-        "SP low-limit",
-        "output high-limit",
-        "output low-limit"};
+    static constexpr std::array<const char*, 12> texts = {"Off",
+                                                          "time",
+                                                          "PV high-limit",
+                                                          "PV low-limit",
+                                                          "deviation high-limit",
+                                                          "deviation low-limit",
+                                                          "deviation high & low limit",
+                                                          "deviation within high & low limits",
+                                                          "SP high-limit",
+                                                          "SP low-limit",
+                                                          "output high-limit",
+                                                          "output low-limit"};
     return from_table(texts, type, "unknown");
 }
 
@@ -203,17 +204,17 @@ void KLGetInfo(Program& ctx, std::int32_t handle, const std::string& path, KLInf
         TextField<abi::kKlFileMessageLen> fileMessage;
         TextField<abi::kKlDeviceTypeLen> deviceType;
         TextField<abi::kKlSerialLen> serial;
-        std::int32_t samplingSeconds = 0, samplingTicks = 0, triggerSeconds = 0,
-                     triggerTicks = 0, timeCorrected = 0;
+        std::int32_t samplingSeconds = 0, samplingTicks = 0, triggerSeconds = 0, triggerTicks = 0,
+                     timeCorrected = 0;
         std::array<std::int32_t, 9> c{};
-        lib.DllKLgetBasicInfo(
-            h, deviceCode.data(), fileMessage.data(), &out.measChCount, &out.mathChCount,
-            &out.extChCount, &out.ctrlChCount, &out.dataCount, &out.alarmNum, &out.eventNum,
-            deviceType.data(), &out.ctrlNum, &out.pvEventNum, &out.groupCount, &out.groupWidth,
-            &samplingSeconds, &samplingTicks, &out.triggerNo, &triggerSeconds, &triggerTicks,
-            &out.status, &out.userFlag, &timeCorrected, &out.count0, &out.count1, &out.count2,
-            &out.alarmDataFlag, &c[0], &c[1], &c[2], &c[3], &c[4], &c[5], serial.data(), &c[6],
-            &c[7], &c[8]);
+        lib.DllKLgetBasicInfo(h, deviceCode.data(), fileMessage.data(), &out.measChCount,
+                              &out.mathChCount, &out.extChCount, &out.ctrlChCount, &out.dataCount,
+                              &out.alarmNum, &out.eventNum, deviceType.data(), &out.ctrlNum,
+                              &out.pvEventNum, &out.groupCount, &out.groupWidth, &samplingSeconds,
+                              &samplingTicks, &out.triggerNo, &triggerSeconds, &triggerTicks,
+                              &out.status, &out.userFlag, &timeCorrected, &out.count0, &out.count1,
+                              &out.count2, &out.alarmDataFlag, &c[0], &c[1], &c[2], &c[3], &c[4],
+                              &c[5], serial.data(), &c[6], &c[7], &c[8]);
         if (out.extChCount < 0) out.extChCount = 0;
 
         step = 3;
@@ -252,7 +253,8 @@ void KLGetInfo(Program& ctx, std::int32_t handle, const std::string& path, KLInf
             TextField<abi::kKlGroupNameLen> name;
             std::int32_t members = 0;
             lib.DllKLgetGroupInfo(h, g, name.data(), &members);
-            const std::string n = filter_field(ctx, name.data(), name.size(), kDisplayFilter, false);
+            const std::string n =
+                filter_field(ctx, name.data(), name.size(), kDisplayFilter, false);
             names += g == 0 ? n : " - " + n;
         }
         out.groupName = names;
@@ -269,8 +271,7 @@ void KLGetInfo(Program& ctx, std::int32_t handle, const std::string& path, KLInf
     }
 }
 
-void KLGetBatchInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    KLBatchInfo& out) {
+void KLGetBatchInfo(Program& ctx, std::int32_t handle, const std::string& path, KLBatchInfo& out) {
     int step = 1;
     try {
         KlFile file(ctx, handle, path);
@@ -284,8 +285,7 @@ void KLGetBatchInfo(Program& ctx, std::int32_t handle, const std::string& path,
         step = 2;
         out.startedBy = kl_started_by(startSource);
         out.stoppedBy = kl_started_by(stopSource);
-        out.startUser =
-            filter_field(ctx, startUser.data(), startUser.size(), kDisplayFilter, true);
+        out.startUser = filter_field(ctx, startUser.data(), startUser.size(), kDisplayFilter, true);
         out.stopUser = filter_field(ctx, stopUser.data(), stopUser.size(), kDisplayFilter, true);
         out.batchName =
             filter_field(ctx, batchName.data(), batchName.size(), kDisplayFilter, false);

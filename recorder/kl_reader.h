@@ -142,10 +142,10 @@ struct KLCtrlModeInfo {
     std::string date;
     std::string time;
     std::int32_t loop = 0;
-    std::string name;     // the loop's tag, "Program" when it has none
-    std::string comment;  // the loop's unit
-    std::string runStop;  // "RUN", "STOP"
-    std::string status;   // the mode field: "PROGRAM", "HOLD", ...
+    std::string name;      // the loop's tag, "Program" when it has none
+    std::string comment;   // the loop's unit
+    std::string runStop;   // "RUN", "STOP"
+    std::string status;    // the mode field: "PROGRAM", "HOLD", ...
     std::string setPoint;  // "OFF", "AUTO", "MAN", "CAS"
     std::string programRunReset;
     std::string programHold;
@@ -176,10 +176,10 @@ void KLGetInfo(Program& ctx, std::int32_t handle, const std::string& path, KLInf
 void KLGetBatchInfo(Program& ctx, std::int32_t handle, const std::string& path, KLBatchInfo& out);
 void KLGetChDataInfo(Program& ctx, std::int32_t handle, const std::string& path,
                      std::int32_t channelIndex, KLChannelInfo& out);
-void KLGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    std::int32_t index, KLAlarmInfo& out);
-void KLGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    std::int32_t index, KLEventInfo& out);
+void KLGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path, std::int32_t index,
+                    KLAlarmInfo& out);
+void KLGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path, std::int32_t index,
+                    KLEventInfo& out);
 void KLGetCtrlModeInfo(Program& ctx, std::int32_t handle, const std::string& path,
                        std::int32_t index, KLCtrlModeInfo& out);
 void KLGetTPVEventInfo(Program& ctx, std::int32_t handle, const std::string& path,

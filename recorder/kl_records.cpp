@@ -21,8 +21,7 @@ namespace {
 
 // The state codes of a control-mode row, as the recorder stores them.
 std::string code_text(std::int32_t code, std::initializer_list<const char*> texts) {
-    if (code >= 0 && static_cast<std::size_t>(code) < texts.size())
-        return *(texts.begin() + code);
+    if (code >= 0 && static_cast<std::size_t>(code) < texts.size()) return *(texts.begin() + code);
     return "UNKNOWN";
 }
 
@@ -63,19 +62,19 @@ void KLGetChDataInfo(Program& ctx, std::int32_t handle, const std::string& path,
     }
 }
 
-void KLGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    std::int32_t index, KLAlarmInfo& out) {
+void KLGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path, std::int32_t index,
+                    KLAlarmInfo& out) {
     int step = 1;
     try {
         KlFile file(ctx, handle, path);
-        std::int32_t channel = 0, level = 0, type = 0, serial = 0, occurSeconds = 0,
-                     occurTicks = 0, releaseSerial = 0, releaseSeconds = 0, releaseTicks = 0,
-                     ackSerial = 0, ackSeconds = 0, ackTicks = 0, source = 0, state = 0;
+        std::int32_t channel = 0, level = 0, type = 0, serial = 0, occurSeconds = 0, occurTicks = 0,
+                     releaseSerial = 0, releaseSeconds = 0, releaseTicks = 0, ackSerial = 0,
+                     ackSeconds = 0, ackTicks = 0, source = 0, state = 0;
         TextField<abi::kKlUserLen> user;
         file.lib().DllKLgetAlarmInfo(file.get(), index, &channel, &level, &type, &serial,
                                      &occurSeconds, &occurTicks, &releaseSerial, &releaseSeconds,
-                                     &releaseTicks, &ackSerial, &ackSeconds, user.data(),
-                                     &ackTicks, &source, &state);
+                                     &releaseTicks, &ackSerial, &ackSeconds, user.data(), &ackTicks,
+                                     &source, &state);
         step = 2;
         out.channel = plus_one(channel);
         out.level = plus_one(level);
@@ -104,16 +103,16 @@ void KLGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path,
     }
 }
 
-void KLGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    std::int32_t index, KLEventInfo& out) {
+void KLGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path, std::int32_t index,
+                    KLEventInfo& out) {
     int step = 1;
     try {
         KlFile file(ctx, handle, path);
         std::int32_t serial = 0, seconds = 0, ticks = 0, messageNo = 0, group = 0, source = 0;
         TextField<abi::kKlMessageLen> message;
         TextField<abi::kKlUserLen> user;
-        file.lib().DllKLgetMessageInfo(file.get(), index, &serial, &seconds, &ticks,
-                                       message.data(), &messageNo, &group, &source, user.data());
+        file.lib().DllKLgetMessageInfo(file.get(), index, &serial, &seconds, &ticks, message.data(),
+                                       &messageNo, &group, &source, user.data());
         step = 2;
         out.serial = serial;
         out.messageNo = plus_one(messageNo);
@@ -136,8 +135,8 @@ void KLGetCtrlModeInfo(Program& ctx, std::int32_t handle, const std::string& pat
         KlFile file(ctx, handle, path);
         const auto& lib = file.lib();
         std::int32_t loop = 0, kind = 0, seconds = 0, ticks = 0, mode = 0, localRemote = 0,
-                     programReset = 0, runState = 0, holdState = 0, waitState = 0,
-                     advanceState = 0, programState = 0, operation = 0, c1 = 0, c2 = 0, c3 = 0;
+                     programReset = 0, runState = 0, holdState = 0, waitState = 0, advanceState = 0,
+                     programState = 0, operation = 0, c1 = 0, c2 = 0, c3 = 0;
         lib.DllKLgetCtrlModeInfo(file.get(), index, &loop, &kind, &seconds, &ticks, &mode,
                                  &localRemote, &programReset, &runState, &holdState, &waitState,
                                  &advanceState, &programState, &operation, &c1, &c2, &c3);
@@ -193,9 +192,9 @@ void KLGetTPVEventInfo(Program& ctx, std::int32_t handle, const std::string& pat
             date_and_time(ctx, offSeconds, offTicks, out.dateOff, out.timeOff);
         }
         step = 3;
-        out.value = decimals > 0 ? sample_text_to_number(ctx, std::to_string(value), decimals,
-                                                         kZeroRow27)
-                                 : value;
+        out.value = decimals > 0
+                        ? sample_text_to_number(ctx, std::to_string(value), decimals, kZeroRow27)
+                        : value;
     } catch (...) {
         report_trapped(ctx, "KLGetTPVEventInfo of Modul DllKLFileAccess", step);
     }

@@ -379,7 +379,8 @@ void SheetReport::write_sample_rows(SampleCursor& cursor, std::int32_t count, bo
 void SheetReport::write_message_block(std::int32_t count,
                                       const std::function<void(std::int32_t, VTEventInfo&)>& event,
                                       std::int32_t triggerNo, const std::string& triggerDate,
-                                      const std::string& triggerTime) {
+                                      const std::string& triggerTime,
+                                      const std::function<std::int32_t()>& group) {
     pair_row("Messages", count, 1);
     if (count <= 0 || !is_set(ctx_.opt.messageinclusive)) return;
     set_step(6, " - Daten werden jetzt convertiert...(Meldungen)");
@@ -389,8 +390,9 @@ void SheetReport::write_message_block(std::int32_t count,
 
     next_row();
     const char* const titles[] = {"Serial no.", "Date", "Time", "Message No",
-                                  "Message",    "User", "Type"};
-    for (int k = 0; k < 7; ++k) put(k, std::string(titles[k]), k == 6, 0);
+                                  "Message",    "User", "Type", "Group"};
+    const int columns = group ? 8 : 7;
+    for (int k = 0; k < columns; ++k) put(k, std::string(titles[k]), k == columns - 1, 0);
 
     for (std::int32_t e = 0; e < count; ++e) {
         next_row();
@@ -402,7 +404,8 @@ void SheetReport::write_message_block(std::int32_t count,
         put(3, ev.messageNo, false, 1);
         put(4, ev.message, false, 0);
         put(5, ev.user, false, 0);
-        put(6, ev.sourceText, true, 0);
+        put(6, ev.sourceText, !group, 0);
+        if (group) put(7, group(), true, 1);
     }
     next_row();
     put(0, triggerNo, false, 1);

@@ -72,11 +72,14 @@ class SheetReport {
     void write_sample_rows(SampleCursor& cursor, std::int32_t count, bool eventFile,
                            std::int32_t eventType, bool eventLineEnd);
     // "Messages" with the count; with messageinclusive the list of events read by
-    // `event(index, out)`, then the trigger row.
+    // `event(index, out)`, then the trigger row. A family whose messages belong to a group
+    // passes `group`, which gives the group of the event just read: a column "Group" ends
+    // each line.
     void write_message_block(std::int32_t count,
                              const std::function<void(std::int32_t, VTEventInfo&)>& event,
                              std::int32_t triggerNo, const std::string& triggerDate,
-                             const std::string& triggerTime);
+                             const std::string& triggerTime,
+                             const std::function<std::int32_t()>& group = nullptr);
     int close_output();
     void close_quietly();
 

@@ -176,7 +176,8 @@ reclib::RecorderFile kl_file() {
         "releaseSeconds=5|releaseTicks=6|ackSerial=7|ackSeconds=8|ackTicks=9|source=7|state=3")};
     f.list("message") = {rec("serial=1|seconds=2|ticks=3|messageNo=4|c1=5|source=4")};
     f.list("tpvEvent") = {
-        rec("kind=1|no=2|channel=3|seconds=4|ticks=5|offSeconds=6|offTicks=7|type=8|value=-1234|decimals=2")};
+        rec("kind=1|no=2|channel=3|seconds=4|ticks=5|offSeconds=6|offTicks=7|type=8|value=-1234|"
+            "decimals=2")};
     f.list("ctrlMode") = {
         rec("loop=2|kind=1|seconds=3|ticks=4|mode=128|localRemote=1|programReset=2|runState=3|"
             "holdState=4|waitState=5|advanceState=6|programState=7|operation=8|c1=9|c2=10|c3=11")};
