@@ -5,7 +5,7 @@
 // NUMBER records. Every run is a child process; wait4 gives its peak memory.
 //
 //   ninja -C build bench_vt_report qumbrel recsim reclib_libraries qumbrel_languages
-//   build/bin/bench_vt_report [--samples N] [--channels 1..30] [--repeat N] [--family VU]
+//   build/bin/bench_vt_report [--samples N] [--channels 1..30] [--repeat N] [--family VU|KL]
 //
 // Prints seconds (best of --repeat), values per second, peak RSS and the ratio to the bare
 // writer of the same format. Needs qumbrel, recsim and the recorder libraries beside it in
@@ -29,6 +29,7 @@
 
 #include "frame/context.h"
 #include "frame/headless_host.h"
+#include "recorder/kl_reader.h"
 #include "recorder/vt_reader.h"
 #include "recorder/vu_reader.h"
 
@@ -41,7 +42,7 @@ struct Settings {
     std::int32_t samples = 1000000;
     std::int32_t channels = 30;
     int repeat = 1;
-    bool vu = false;  // --family VU: VU event files through the VU report and reader
+    std::string family = "VT";  // --family VT|VU|KL: event files of that family
 };
 
 // The pandas peer: DataFrame.to_csv of the same shape (a date and a time column, then the
@@ -161,9 +162,11 @@ int bare_writer(const Settings& s, const std::string& src, const std::string& ou
         }
     };
     const std::vector<std::int32_t> types(channels.size(), 0);
-    auto cursor = s.vu ? VUOpenMeasData(ctx, 0, src, channels, s.samples, decimals, types,
-                                        VUTimeBase{0, "", "1000"}, kTrue)
-                       : VTOpenMeasData(ctx, src, channels, s.samples, decimals, kTrue);
+    auto cursor = s.family == "VU" ? VUOpenMeasData(ctx, 0, src, channels, s.samples, decimals,
+                                                    types, VUTimeBase{0, "", "1000"}, kTrue)
+                  : s.family == "KL"
+                      ? KLOpenMeasData(ctx, 0, src, channels, s.samples, decimals, kTrue)
+                      : VTOpenMeasData(ctx, src, channels, s.samples, decimals, kTrue);
     SampleBlock data;
     char num[32];
     std::int64_t r = 0;
@@ -235,12 +238,12 @@ std::vector<std::int32_t> parse_list(const char* text) {
 std::string make_file(const Settings& s, const std::string& recsim, const std::string& dir,
                       std::int32_t samples, std::int32_t channels, int records,
                       const std::string& stem) {
-    const std::string src = dir + "/" + stem + (s.vu ? ".ose" : ".oge");
-    const std::string cmd = recsim + " --family " + (s.vu ? "VU" : "VT") +
-                            " --kind event --channels " + std::to_string(channels) + " --samples " +
-                            std::to_string(samples) + " --alarms " + std::to_string(records) +
-                            " --messages " + std::to_string(records) + " --seed 1 --out " + src +
-                            " >/dev/null";
+    const std::string ext = s.family == "VU" ? ".ose" : s.family == "KL" ? ".kle" : ".oge";
+    const std::string src = dir + "/" + stem + ext;
+    const std::string cmd = recsim + " --family " + s.family + " --kind event --channels " +
+                            std::to_string(channels) + " --samples " + std::to_string(samples) +
+                            " --alarms " + std::to_string(records) + " --messages " +
+                            std::to_string(records) + " --seed 1 --out " + src + " >/dev/null";
     return std::system(cmd.c_str()) == 0 ? src : std::string();
 }
 
@@ -289,9 +292,9 @@ int main(int argc, char** argv) {
             records = true;
         } else if (key == "--oneshot") {
             oneshot = true;
-        } else if (key == "--family" &&
-                   (std::string(value) == "VU" || std::string(value) == "VT")) {
-            s.vu = std::string(value) == "VU";
+        } else if (key == "--family" && (std::string(value) == "VU" || std::string(value) == "VT" ||
+                                         std::string(value) == "KL")) {
+            s.family = value;
             ++i;
         } else {
             sizes.clear();
@@ -302,7 +305,7 @@ int main(int argc, char** argv) {
     if (!sizesOk || s.channels <= 0 || s.channels > 30 || s.repeat <= 0) {
         std::fprintf(stderr,
                      "usage: bench_vt_report [--samples N[,N...]] [--channels 1..30] "
-                     "[--repeat N] [--records] [--oneshot] [--family VT|VU]\n");
+                     "[--repeat N] [--records] [--oneshot] [--family VT|VU|KL]\n");
         return 2;
     }
     const std::string bin = fs::canonical("/proc/self/exe").parent_path().string();

@@ -208,6 +208,11 @@ TEST(Qumbrel, OneRunPerCase) {
         {"a KL file renamed .ose", "in/k.ose", "KL", {{"binfilemodus", "1"}}, "@/in/k.ose", 1,
          {"out/k.ose.Error.ose"}, {"in/k.ose", "out/k.csv"},
          {{"", "'k.ose' is not a VU recorder file: no VU file header"}}},
+        {"a KL file", "in/k.kle", "KL", {{"binfilemodus", "1"}}, "@/in/k.kle", 0, {"out/k.csv"},
+         {"in/k.kle"}, {{"out/k.csv", "\"Ctrl.Messages\",1,"}}},
+        {"a KL TLOG file is kept", "in/t.kle", "TLOG", {{"binfilemodus", "1"}}, "@/in/t.kle", 1,
+         {"out/t.kle.Error.kle"}, {"in/t.kle", "out/t.csv"},
+         {{"home/error.log", "TLOG-Files are not jet implemented"}}},
         {"--info of a VU file", "in/v.ose", "VU", {}, "--info @/in/v.ose", 0, {"in/v.ose"}, {},
          {{"", "Ext. Ch. Count: \t0\n"}, {"", "Sampling Int.: \t1.000 sec\n"}}},
     };
@@ -228,9 +233,11 @@ TEST(Qumbrel, OneRunPerCase) {
         } else if (c.kind == "folder") {
             fs::create_directories(r.dir.file(c.source));
             write_file(r.dir.file(c.source) + "/x", "inside");
-        } else if (c.kind == "KL" || c.kind == "VU") {
-            const std::string cmd = QUMBREL_BIN_DIR "/recsim --family " + c.kind +
-                                    " --kind event --out " + sh_quote(r.dir.file(c.source)) +
+        } else if (c.kind == "KL" || c.kind == "VU" || c.kind == "TLOG") {
+            const std::string family = c.kind == "TLOG" ? "KL" : c.kind;
+            const std::string kind = c.kind == "TLOG" ? "tlog" : "event";
+            const std::string cmd = QUMBREL_BIN_DIR "/recsim --family " + family + " --kind " +
+                                    kind + " --out " + sh_quote(r.dir.file(c.source)) +
                                     " >/dev/null";
             ASSERT_EQ(std::system(cmd.c_str()), 0);
         } else if (!c.kind.empty()) {

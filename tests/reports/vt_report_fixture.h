@@ -19,6 +19,7 @@
 #include "frame/options_io.h"
 #include "reclib/simulate.h"
 #include "reclib/writer.h"
+#include "reports/kl_report.h"
 #include "reports/vt_report.h"
 #include "reports/vu_report.h"
 #include "test_util.h"
@@ -70,6 +71,11 @@ class VtReportFixture {
 
     std::string error_log() { return testing::read_file(p->program_file("error.log")); }
 
+    // Damaged copies of a good file (cut short, bytes overwritten), each converted by an
+    // interactive run: converted or refused with a count of errors, never a crash, and a
+    // report never holds more sample lines than its header announces.
+    void check_damaged_corpus(const std::string& goodPath, const std::string& ext);
+
     testing::TestProgram p;
     int errors = -99;
     // The family's report; the VU tests set theirs.
@@ -112,6 +118,13 @@ inline int find_line(const std::vector<std::string>& lines, const std::string& p
     const auto it = std::find_if(lines.begin(), lines.end(),
                                  [&](const std::string& l) { return l.starts_with(prefix); });
     return it == lines.end() ? -1 : static_cast<int>(it - lines.begin());
+}
+
+// The lines of a report from its column titles on.
+inline std::vector<std::string> samples_of(const std::vector<std::string>& l) {
+    const int at = find_line(l, "\"date\",\"time\"");
+    EXPECT_NE(at, -1);
+    return at < 0 ? std::vector<std::string>{} : std::vector(l.begin() + at + 1, l.end());
 }
 
 using Cells = std::map<std::pair<int, int>, std::string>;  // (row, column) from 0
@@ -173,15 +186,16 @@ struct VtReaders : ::testing::Test, VtReportFixture {
     VtReaders() : VtReportFixture("en-US") {}
     // A file of 3 channels and 25 samples with messages and batch, converted to
     // <base>.tmp and <base>.xls; gives the CSV's cells.
-    // A VU file (.ose, .osd) goes through the VU report.
+    // A VU or KL file goes through its family's report.
     Cells csv_and_xls(reclib::Kind kind, const std::string& base,
                       reclib::Family family = reclib::Family::VT) {
         auto o = vt_sim(kind, 3, 25);
         o.family = family;
         o.messages = 2;
         o.batch = true;
-        const bool vu = family == reclib::Family::VU;
-        generator = vu ? fkt_VUconvertCSVXLS : fkt_VTconvertCSVXLS;
+        generator = family == reclib::Family::VU   ? fkt_VUconvertCSVXLS
+                    : family == reclib::Family::KL ? fkt_KLconvertCSVXLS
+                                                   : fkt_VTconvertCSVXLS;
         const std::string src =
             make(o, base + std::string(reclib::default_extension(family, kind)));
         options({{"messageinclusive", "1"}});
@@ -191,5 +205,34 @@ struct VtReaders : ::testing::Test, VtReportFixture {
         return csv;
     }
 };
+
+inline void VtReportFixture::check_damaged_corpus(const std::string& goodPath,
+                                                  const std::string& ext) {
+    const std::string good = testing::read_file(goodPath);
+    std::vector<std::string> corpus;
+    for (const std::size_t cut : {std::size_t{0}, std::size_t{16}, std::size_t{100},
+                                  good.size() / 3, good.size() / 2, good.size() - 1})
+        corpus.push_back(good.substr(0, cut));
+    for (std::size_t stride = 7; stride < 200; stride += 31) {
+        std::string bent = good;
+        for (std::size_t at = stride; at < bent.size(); at += stride * 13)
+            bent[at] = static_cast<char>(bent[at] ^ 0x5A);
+        corpus.push_back(bent);
+    }
+    int withSamples = 0;
+    for (std::size_t i = 0; i < corpus.size(); ++i) {
+        SCOPED_TRACE(i);
+        const std::string src = p.dir.file("bad" + std::to_string(i) + ext);
+        testing::write_file(src, corpus[i]);
+        const auto l = lines_of(convert(src, "r" + std::to_string(i), kTrue));
+        EXPECT_TRUE(errors == 0 || errors == 1) << errors;
+        const int count = find_line(l, "\"Number of Data\",");
+        if (count < 0 || find_line(l, "\"date\",\"time\"") < 0) continue;
+        const long announced = std::strtol(l[count].c_str() + 17, nullptr, 10);
+        EXPECT_LE(static_cast<long>(samples_of(l).size()), announced);
+        ++withSamples;
+    }
+    EXPECT_GT(withSamples, 2) << "the damage should leave some files readable";
+}
 
 }  // namespace qumbrel::test

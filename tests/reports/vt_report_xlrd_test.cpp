@@ -59,15 +59,17 @@ TEST_F(Xlrd, EventAndDisplayReportsHoldTheCsvValues) {
     }
 }
 
-TEST_F(Xlrd, VuReportsHoldTheCsvValuesAsTextCells) {
-    for (const auto kind : {reclib::Kind::Event, reclib::Kind::Display}) {
-        SCOPED_TRACE(kind == reclib::Kind::Event ? "event" : "display");
-        const test::Cells csv = csv_and_xls(kind, "vu", reclib::Family::VU);
-        const std::string raw = test::xlrd_dump(p.dir.file("vu.xls"));
-        test::expect_same_cells(csv, test::xlrd_cells(raw));
-        const std::string cell = std::to_string(std::prev(csv.end())->first.first) + "\t2\t";
-        EXPECT_NE(raw.find(cell + "text\t"), std::string::npos) << raw;
-    }
+TEST_F(Xlrd, VuAndKlReportsHoldTheCsvValuesAsTextCells) {
+    for (const auto family : {reclib::Family::VU, reclib::Family::KL})
+        for (const auto kind : {reclib::Kind::Event, reclib::Kind::Display}) {
+            SCOPED_TRACE(kind == reclib::Kind::Event ? "event" : "display");
+            SCOPED_TRACE(reclib::family_name(family));
+            const test::Cells csv = csv_and_xls(kind, "vu", family);
+            const std::string raw = test::xlrd_dump(p.dir.file("vu.xls"));
+            test::expect_same_cells(csv, test::xlrd_cells(raw));
+            const std::string cell = std::to_string(std::prev(csv.end())->first.first) + "\t2\t";
+            EXPECT_NE(raw.find(cell + "text\t"), std::string::npos) << raw;
+        }
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ using reclib::Kind;
 using test::find_line;
 using test::Keys;
 using test::lines_of;
+using test::samples_of;
 
 struct VuReport : ::testing::Test, test::VtReportFixture {
     VuReport() : VtReportFixture("en-US") { generator = fkt_VUconvertCSVXLS; }
@@ -37,12 +38,6 @@ struct VuReport : ::testing::Test, test::VtReportFixture {
         EXPECT_EQ(errors, expectedErrors);
         test::expect_golden(name, bytes, "vu");
         return bytes;
-    }
-    // Lines from the column titles on.
-    static std::vector<std::string> samples_of(const std::vector<std::string>& l) {
-        const int at = find_line(l, "\"date\",\"time\"");
-        EXPECT_NE(at, -1);
-        return at < 0 ? std::vector<std::string>{} : std::vector(l.begin() + at + 1, l.end());
     }
 };
 
@@ -158,31 +153,7 @@ TEST_F(VuReport, DamagedCorpusIsConvertedOrRefused) {
     auto o = sim(Kind::Display, 4, 40);
     o.alarms = o.messages = 3;
     o.batch = true;
-    const std::string good = testing::read_file(make(o, "good.osd"));
-    std::vector<std::string> corpus;
-    for (const std::size_t cut : {std::size_t{0}, std::size_t{16}, std::size_t{100},
-                                  good.size() / 3, good.size() / 2, good.size() - 1})
-        corpus.push_back(good.substr(0, cut));
-    for (std::size_t stride = 7; stride < 200; stride += 31) {
-        std::string bent = good;
-        for (std::size_t at = stride; at < bent.size(); at += stride * 13)
-            bent[at] = static_cast<char>(bent[at] ^ 0x5A);
-        corpus.push_back(bent);
-    }
-    int withSamples = 0;
-    for (std::size_t i = 0; i < corpus.size(); ++i) {
-        SCOPED_TRACE(i);
-        const std::string src = p.dir.file("bad" + std::to_string(i) + ".osd");
-        testing::write_file(src, corpus[i]);
-        const auto l = lines_of(convert(src, "r" + std::to_string(i), kTrue));
-        EXPECT_TRUE(errors == 0 || errors == 1) << errors;
-        const int count = find_line(l, "\"Number of Data\",");
-        if (count < 0 || find_line(l, "\"date\",\"time\"") < 0) continue;
-        const long announced = std::strtol(l[count].c_str() + 17, nullptr, 10);
-        EXPECT_LE(static_cast<long>(samples_of(l).size()), announced);
-        ++withSamples;
-    }
-    EXPECT_GT(withSamples, 2) << "the damage should leave some files readable";
+    check_damaged_corpus(make(o, "good.osd"), ".osd");
 }
 
 }  // namespace
