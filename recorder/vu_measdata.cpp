@@ -4,6 +4,7 @@
 #include <array>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,7 @@
 #include "frame/vbformat.h"
 #include "recorder/measdata_checks.h"
 #include "recorder/sample_number.h"
+#include "recorder/time_rebuild.h"
 #include "recorder/time_text.h"
 #include "recorder/vu_file.h"
 #include "recorder/vu_reader.h"
@@ -21,7 +23,6 @@ namespace qumbrel {
 namespace {
 
 constexpr const char* kTrapName = "VUGetMeasData of Modul DllVUFileAccess";
-constexpr std::int32_t kDayMs = 86400000;
 
 class VuCursor final : public SampleCursor {
   public:
@@ -35,15 +36,7 @@ class VuCursor final : public SampleCursor {
           toNumber_(ctx, kZeroRow27) {
         try {
             step_ = 1;
-            msec_ = timeBase.startMsec;
-            date_ = timeBase.startDate;
-            startMsText_ = std::to_string(timeBase.startMsec);
-            intervalText_ = timeBase.intervalText;
-            const double interval = vb::Val(timeBase.intervalText);
-            // A day of milliseconds below the end of 32 bits leaves room for the restart.
-            if (!(interval >= 0 && interval <= std::numeric_limits<std::int32_t>::max() - kDayMs))
-                throw VbError(errnum::kOverflow, "Overflow: sampling interval");
-            intervalMs_ = vb::CLng(interval);
+            rebuild_.emplace(timeBase);
 
             step_ = 2;
             n_ = channels.size();
@@ -67,7 +60,7 @@ class VuCursor final : public SampleCursor {
             if (dataCount_ > 0) {
                 const std::int32_t first = time_of(0).first;
                 const std::int32_t last = time_of(static_cast<std::int32_t>(dataCount_ - 1)).first;
-                rebuild_ = first == last;
+                rebuilding_ = first == last;
             }
             total_ = dataCount_ + 1;
         } catch (...) {
@@ -150,21 +143,9 @@ class VuCursor final : public SampleCursor {
     void sample_times(SampleBlock& b, std::size_t sample) {
         DateTimeTexts t;
         if (sample >= dataCount_) {
-            // The row behind the last sample: only a file without samples shows the three
-            // values the generator put in first.
-            if (dataCount_ == 0) {
-                t.timeWithMs = startMsText_;
-                t.time = date_;
-                t.ms = intervalText_;
-            }
-            push_times(b, t);
-            return;
-        }
-        if (rebuild_) {
-            fkt_MsecToTime(ctx_, msec_, date_, t.date, t.time, t.ms, t.timeWithMs);
-            // Past midnight the date has moved on; the count starts again.
-            if (msec_ >= kDayMs) msec_ -= kDayMs;
-            msec_ += intervalMs_;
+            rebuild_->trailing_row(dataCount_ == 0, t);
+        } else if (rebuilding_) {
+            rebuild_->next(ctx_, t);
         } else {
             const auto [seconds, ticks] = time_of(static_cast<std::int32_t>(sample));
             std::array<std::int32_t, 6> f{};
@@ -224,11 +205,8 @@ class VuCursor final : public SampleCursor {
     std::size_t next_ = 0;
     bool failed_ = false;
     int step_ = 1;
-    bool rebuild_ = false;
-    std::int32_t msec_ = 0;
-    std::int32_t intervalMs_ = 0;
-    std::string date_;
-    std::string startMsText_, intervalText_;
+    bool rebuilding_ = false;
+    std::optional<TimeRebuild> rebuild_;
     std::vector<double> numbers_;
     std::vector<std::int32_t> decimals_;
     std::vector<bool> long_;
