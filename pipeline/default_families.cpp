@@ -1,9 +1,11 @@
 // The family functions this build has. Families whose readers or generators are not
 // built yet keep empty slots.
 #include "pipeline/family_table.h"
+#include "recorder/hn_reader.h"
 #include "recorder/kl_reader.h"
 #include "recorder/vt_reader.h"
 #include "recorder/vu_reader.h"
+#include "reports/hn_report.h"
 #include "reports/kl_report.h"
 #include "reports/vt_report.h"
 #include "reports/vu_report.h"
@@ -28,6 +30,14 @@ FamilyTable default_family_table() {
     };
     t.vu.fileInfo = fkt_ReadVUFileInfo;
     t.vu.convertCSVXLS = fkt_VUconvertCSVXLS;
+
+    t.hn.typeCheck = HNTypeCheck;
+    t.hn.holdOpen = HNHoldOpen;
+    t.hn.fileElements = [](Program& ctx, const std::string& path) {
+        HNGetFileElements(ctx, 0, path);
+    };
+    t.hn.fileInfo = fkt_ReadHNFileInfo;
+    t.hn.convertCSVXLS = fkt_HNconvertCSVXLS;
 
     // KL has no file-elements function: the name composer keeps the previous file's.
     t.kl.typeCheck = KLTypeCheck;

@@ -30,7 +30,8 @@ std::string dashed(std::int32_t code) {
 
 template <std::size_t N>
 std::string from_table(const std::array<const char*, N>& texts, std::int32_t code) {
-    if (code >= 0 && static_cast<std::size_t>(code) < N) return texts[static_cast<std::size_t>(code)];
+    if (code >= 0 && static_cast<std::size_t>(code) < N)
+        return texts[static_cast<std::size_t>(code)];
     return dashed(code);
 }
 
@@ -47,12 +48,11 @@ struct Header {
 Header read_header(const recorder::HnLibrary& lib, std::int32_t h) {
     Header x;
     std::array<std::int32_t, 5> c{};
-    lib.DllHNGetFileHeader(h, &x.fileState, &x.post, &x.headerType, &x.timeCorrected, &x.status,
-                           &x.creator, &x.startSeconds, &x.startTicks, &x.stopSeconds,
-                           &x.stopTicks, &x.startReason, &x.stopReason, &x.unitCount,
-                           &x.groupCount, &x.commentLength, &x.channelCount, &x.dataCount,
-                           &x.eventNum, &x.alarmCount, &x.alarmFlag, &x.samplingMs, &c[0], &c[1],
-                           &c[2], &c[3], &c[4]);
+    lib.DllHNGetFileHeader(
+        h, &x.fileState, &x.post, &x.headerType, &x.timeCorrected, &x.status, &x.creator,
+        &x.startSeconds, &x.startTicks, &x.stopSeconds, &x.stopTicks, &x.startReason, &x.stopReason,
+        &x.unitCount, &x.groupCount, &x.commentLength, &x.channelCount, &x.dataCount, &x.eventNum,
+        &x.alarmCount, &x.alarmFlag, &x.samplingMs, &c[0], &c[1], &c[2], &c[3], &c[4]);
     return x;
 }
 
@@ -78,8 +78,8 @@ std::string comments(Program& ctx, const recorder::HnLibrary& lib, std::int32_t 
     return joined;
 }
 
-std::string group_name(Program& ctx, const recorder::HnLibrary& lib, std::int32_t h,
-                       std::int32_t g, std::string_view filter) {
+std::string group_name(Program& ctx, const recorder::HnLibrary& lib, std::int32_t h, std::int32_t g,
+                       std::string_view filter) {
     TextField<abi::kHnGroupNameLen> name;
     lib.DllHNGetFileGroupName(h, g, name.data());
     return filter_field(ctx, name.data(), name.size(), filter, false);
@@ -226,8 +226,7 @@ void HNGetInfo(Program& ctx, std::int32_t handle, const std::string& path, HNInf
         out.endTime = t.dateTime;
         // Three-digit milliseconds: without its separator the text reads as milliseconds.
         out.samplingInt = std::to_string(x.samplingMs / 1000) + ctx.opt.decseparator +
-                          vb::Format(x.samplingMs % 1000, "000", ctx.regional.profile()) +
-                          " sec";
+                          vb::Format(x.samplingMs % 1000, "000", ctx.regional.profile()) + " sec";
 
         step = 5;
         std::string names;

@@ -110,8 +110,8 @@ void HNGetChDataInfo(Program& ctx, std::int32_t handle, const std::string& path,
 void HNGetFileElements(Program& ctx, std::int32_t handle, const std::string& path);
 void HNGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path,
                     std::int32_t alarmCount, std::int32_t index, HNAlarmInfo& out);
-void HNGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    std::int32_t index, HNEventInfo& out);
+void HNGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path, std::int32_t index,
+                    HNEventInfo& out);
 
 // The channel values HNOpenMeasData needs, by channel position.
 struct HNChannelPlan {

@@ -22,11 +22,10 @@ void HNGetChDataInfo(Program& ctx, std::int32_t handle, const std::string& path,
         TextField<abi::kHnChannelTextLen> text;
         TextField<abi::kHnUnitLen> unit;
         std::int32_t c1 = 0, c4 = 0, c5 = 0;
-        file.lib().DllHNGetFileChannelInfo(file.get(), channelIndex, &out.channelNo, &c1,
-                                           tag.data(), text.data(), unit.data(), &out.fifoId,
-                                           &out.fifoType, &out.decimals, &out.unitIndex,
-                                           &out.dataType, &out.flags, &out.scaleLow,
-                                           &out.scaleHigh, &c4, &c5);
+        file.lib().DllHNGetFileChannelInfo(
+            file.get(), channelIndex, &out.channelNo, &c1, tag.data(), text.data(), unit.data(),
+            &out.fifoId, &out.fifoType, &out.decimals, &out.unitIndex, &out.dataType, &out.flags,
+            &out.scaleLow, &out.scaleHigh, &c4, &c5);
         step = 2;
         out.tag = filter_field(ctx, tag.data(), tag.size(), kDisplayFilter, true);
         out.text = filter_field(ctx, text.data(), text.size(), kDisplayFilter, true);
@@ -56,8 +55,8 @@ void HNGetAlarmInfo(Program& ctx, std::int32_t handle, const std::string& path,
     }
 }
 
-void HNGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path,
-                    std::int32_t index, HNEventInfo& out) {
+void HNGetEventInfo(Program& ctx, std::int32_t handle, const std::string& path, std::int32_t index,
+                    HNEventInfo& out) {
     int step = 1;
     try {
         HnFile file(ctx, handle, path);

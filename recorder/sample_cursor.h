@@ -50,11 +50,13 @@ struct SampleBlock {
     // channel position c (from 1) at alarmFlags[r * flagChannels + c - 1]. Empty otherwise.
     std::vector<std::uint8_t> alarmFlags;
     std::size_t flagChannels = 0;
-    // The flag as the readers hand it on: its decimal text ("" when the block has none).
+    // How the family shows a flag; its decimal text when not set.
+    std::string (*alarmText)(std::uint8_t) = nullptr;
+    // The flag as the readers hand it on ("" when the block has none).
     std::string alarm_text(std::size_t r, std::size_t c) const {
         const std::size_t at = r * flagChannels + c - 1;
         if (flagChannels == 0 || c == 0 || c > flagChannels || at >= alarmFlags.size()) return {};
-        return std::to_string(alarmFlags[at]);
+        return alarmText ? alarmText(alarmFlags[at]) : std::to_string(alarmFlags[at]);
     }
 };
 

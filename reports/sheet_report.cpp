@@ -226,6 +226,17 @@ void SheetReport::size_channels(std::int64_t all, std::int64_t read) {
 }
 
 bool SheetReport::plan(const std::string& fileType, bool& eventFile) {
+    const std::string type = to_upper_ascii(trim_blanks(fileType));
+    eventFile = type == "EVENT FILE";
+    if (!eventFile && type != "DISPLAY FILE") {
+        find_highest();
+        return false;
+    }
+    plan_channels(eventFile);
+    return true;
+}
+
+void SheetReport::find_highest() {
     highest_ = 0;
     for (const auto& entry : ctx_.opt.vChannelList) {
         if (to_upper_ascii(entry) == "ALL") {
@@ -238,10 +249,10 @@ bool SheetReport::plan(const std::string& fileType, bool& eventFile) {
             highest_ = v > 1e6 ? 1000000 : static_cast<std::int32_t>(std::nearbyint(v));
     }
     reset_field_array(ctx_);
-    const std::string type = to_upper_ascii(trim_blanks(fileType));
-    if (type != "EVENT FILE" && type != "DISPLAY FILE") return false;
-    eventFile = type == "EVENT FILE";
+}
 
+void SheetReport::plan_channels(bool eventFile) {
+    find_highest();
     // Selection and column of every channel, worked out once per report: both depend on
     // the Channels option only. The column lies behind date and time: one a channel in an
     // event file, two (minimum, maximum) in a display file.
@@ -253,7 +264,6 @@ bool SheetReport::plan(const std::string& fileType, bool& eventFile) {
         const std::int64_t pos = fkt_colpos(ctx_, ch_.chNo[at], c);
         columns_[at] = column(eventFile ? pos + 1 : 2 * pos);
     }
-    return true;
 }
 
 void SheetReport::write_channel_header(bool eventFile, bool scaleValues,

@@ -61,6 +61,10 @@ class SheetReport {
     // The highest selected channel, the selection and the columns; the type branch.
     // False when the file type is neither event nor display file.
     bool plan(const std::string& fileType, bool& eventFile);
+    // The same for a family with one kind of file.
+    void plan_channels(bool eventFile);
+    // The highest selected channel ("ALL" counts as 60); the field array starts clean.
+    void find_highest();
     // The channel header rows. With `scaleValues` rows 4 and 5 carry the two doubles
     // under the label 0; without, they are "Scale min" and "Scale max" with empty cells.
     void write_channel_header(bool eventFile, bool scaleValues, std::string_view stepText);

@@ -17,7 +17,10 @@ bool has_alarm_data(const ParsedFile& p) {
                        [](const ChannelView& c) { return c.alarmCount > 0; });
 }
 
+// The stored type, unless the channel names a type code of its own (a code the program
+// does not know, say).
 std::int32_t channel_data_type(const ChannelView& c) {
+    if (c.info.find("dataType")) return c.info.i("dataType");
     return c.type == DataType::Int16 ? abi::kHnDataTypeShort : abi::kHnDataTypeLong;
 }
 
