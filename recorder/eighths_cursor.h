@@ -158,6 +158,7 @@ class EighthsCursor final : public SampleCursor {
         b.msTexts.clear();
         b.flagChannels = Adapter::kAlarmFlags ? n_ : 0;
         b.alarmFlags.assign(Adapter::kAlarmFlags ? k * n_ : 0, 0);
+        b.flagRows = real;
         meas_.resize(real);
         math_.resize(real);
         flags_.resize(real);

@@ -159,6 +159,7 @@ class HnCursor final : public SampleCursor {
         b.msTexts.clear();
         b.flagChannels = alarmTexts_ ? n_ : 0;
         b.alarmFlags.assign(alarmTexts_ ? k * n_ : 0, 0);
+        b.flagRows = real;
         b.alarmText = alarm_short_text;
 
         std::vector<std::int32_t> blockSeconds(k, 0), blockTicks(k, 0);

@@ -50,12 +50,15 @@ struct SampleBlock {
     // channel position c (from 1) at alarmFlags[r * flagChannels + c - 1]. Empty otherwise.
     std::vector<std::uint8_t> alarmFlags;
     std::size_t flagChannels = 0;
+    std::size_t flagRows = 0;  // samples that have flags: the row behind the last has none
     // How the family shows a flag; its decimal text when not set.
     std::string (*alarmText)(std::uint8_t) = nullptr;
     // The flag as the readers hand it on ("" when the block has none).
     std::string alarm_text(std::size_t r, std::size_t c) const {
         const std::size_t at = r * flagChannels + c - 1;
-        if (flagChannels == 0 || c == 0 || c > flagChannels || at >= alarmFlags.size()) return {};
+        if (flagChannels == 0 || c == 0 || c > flagChannels || r >= flagRows ||
+            at >= alarmFlags.size())
+            return {};
         return alarmText ? alarmText(alarmFlags[at]) : std::to_string(alarmFlags[at]);
     }
 };

@@ -169,6 +169,7 @@ class VuCursor final : public SampleCursor {
         b.msTexts.clear();
         b.flagChannels = n_;
         b.alarmFlags.assign(k * n_, 0);
+        b.flagRows = real;
         short_.resize(real);
         long32_.resize(real);
         flags_.resize(real);

@@ -170,10 +170,10 @@ TEST_F(KlReaderTest, HeaderRecordsAndEvents) {
     KLGetCtrlModeInfo(ctx, held.get(), path, 0, c);
     EXPECT_EQ(c.name, "Program");  // an empty loop tag
     EXPECT_EQ(c.comment, "%");
-    EXPECT_EQ(std::vector({c.status, c.changeMode, c.programRunReset, c.runStop, c.programHold,
-                           c.programWait, c.setPoint}),
-              (std::vector<std::string>{"WAIT", "PROGRAM", "RUN", "RUN", "HOLD ON", "WAIT OFF",
-                                        "CAS"}));
+    EXPECT_EQ(
+        std::vector({c.status, c.changeMode, c.programRunReset, c.runStop, c.programHold,
+                     c.programWait, c.setPoint}),
+        (std::vector<std::string>{"WAIT", "PROGRAM", "RUN", "RUN", "HOLD ON", "WAIT OFF", "CAS"}));
     KLGetCtrlModeInfo(ctx, held.get(), path, 1, c);
     EXPECT_EQ(c.no, 2);
     EXPECT_EQ(c.name, "TIC1");  // kept to file-name characters
@@ -217,8 +217,8 @@ TEST_F(KlReaderTest, CursorKeepsAlarmFlagsAndTheMathDecision) {
         EXPECT_FALSE(cursor->failed());
         EXPECT_EQ(first, (std::vector<double>{-0.5, 0, 12.3, 0}));
         EXPECT_EQ(second, (std::vector<double>{0.5, 0.1, 12.4, 0}));
-        EXPECT_EQ(math, (std::vector<double>{70000, -1, 2, 0}));  // int32 above 30
-        EXPECT_EQ(flags, (std::vector<std::string>{"0", "3", "19", "0"}));
+        EXPECT_EQ(math, (std::vector<double>{70000, -1, 2, 0}));           // int32 above 30
+        EXPECT_EQ(flags, (std::vector<std::string>{"0", "3", "19", ""}));  // none behind the last
         EXPECT_EQ(times[2], "10:00:04 AM.875");
     }
     EXPECT_EQ(error_log(), "");

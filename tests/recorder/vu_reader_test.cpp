@@ -225,7 +225,7 @@ TEST_F(VuReaderTest, CursorGivesValuesFlagsAndTimesAcrossBlocks) {
         const Read ch1 = read_all(path, base, false, 1, block);
         EXPECT_EQ(ch1.first, (std::vector<double>{-0.5, 0, 12.3, 3276.7, 0}));
         EXPECT_EQ(ch1.second, (std::vector<double>{0.5, 0.1, 12.4, -3276.8, 0}));
-        EXPECT_EQ(ch1.alarms, (std::vector<std::string>{"0", "1", "0", "8", "0"}));
+        EXPECT_EQ(ch1.alarms, (std::vector<std::string>{"0", "1", "0", "8", ""}));
         // The file's own times, midnight crossed by the library's seconds.
         EXPECT_EQ(ch1.times, (std::vector<std::string>{"11:59:58 PM.00", "11:59:59 PM.00",
                                                        "12:00:00 AM.500", "12:00:01 AM.999", ""}));
