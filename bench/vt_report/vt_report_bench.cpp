@@ -5,7 +5,7 @@
 // NUMBER records. Every run is a child process; wait4 gives its peak memory.
 //
 //   ninja -C build bench_vt_report qumbrel recsim reclib_libraries qumbrel_languages
-//   build/bin/bench_vt_report [--samples N] [--channels 1..30] [--repeat N] [--family VU|KL]
+//   build/bin/bench_vt_report [--samples N] [--channels 1..30] [--repeat N] [--family VU|KL|HN]
 //
 // Prints seconds (best of --repeat), values per second, peak RSS and the ratio to the bare
 // writer of the same format. Needs qumbrel, recsim and the recorder libraries beside it in
@@ -29,6 +29,7 @@
 
 #include "frame/context.h"
 #include "frame/headless_host.h"
+#include "recorder/hn_reader.h"
 #include "recorder/kl_reader.h"
 #include "recorder/vt_reader.h"
 #include "recorder/vu_reader.h"
@@ -162,11 +163,20 @@ int bare_writer(const Settings& s, const std::string& src, const std::string& ou
         }
     };
     const std::vector<std::int32_t> types(channels.size(), 0);
-    auto cursor = s.family == "VU" ? VUOpenMeasData(ctx, 0, src, channels, s.samples, decimals,
-                                                    types, VUTimeBase{0, "", "1000"}, kTrue)
-                  : s.family == "KL"
-                      ? KLOpenMeasData(ctx, 0, src, channels, s.samples, decimals, kTrue)
-                      : VTOpenMeasData(ctx, src, channels, s.samples, decimals, kTrue);
+    std::vector<HNChannelPlan> plans;
+    for (std::int32_t c = 0; s.family == "HN" && c < s.channels; ++c) {
+        HNChannelInfo ci;
+        HNGetChDataInfo(ctx, 0, src, c, ci);
+        plans.push_back({c, ci.fifoId, ci.fifoType, ci.dataType, ci.flags, ci.decimals,
+                         std::to_string(ci.channelNo)});
+    }
+    auto cursor =
+        s.family == "VU"   ? VUOpenMeasData(ctx, 0, src, channels, s.samples, decimals, types,
+                                            VUTimeBase{0, "", "1000"}, kTrue)
+        : s.family == "KL" ? KLOpenMeasData(ctx, 0, src, channels, s.samples, decimals, kTrue)
+        : s.family == "HN"
+            ? HNOpenMeasData(ctx, 0, src, plans, s.samples, false, VUTimeBase{0, "", "1000"})
+            : VTOpenMeasData(ctx, src, channels, s.samples, decimals, kTrue);
     SampleBlock data;
     char num[32];
     std::int64_t r = 0;
@@ -238,7 +248,10 @@ std::vector<std::int32_t> parse_list(const char* text) {
 std::string make_file(const Settings& s, const std::string& recsim, const std::string& dir,
                       std::int32_t samples, std::int32_t channels, int records,
                       const std::string& stem) {
-    const std::string ext = s.family == "VU" ? ".ose" : s.family == "KL" ? ".kle" : ".oge";
+    const std::string ext = s.family == "VU"   ? ".ose"
+                            : s.family == "KL" ? ".kle"
+                            : s.family == "HN" ? ".hnd"
+                                               : ".oge";
     const std::string src = dir + "/" + stem + ext;
     const std::string cmd = recsim + " --family " + s.family + " --kind event --channels " +
                             std::to_string(channels) + " --samples " + std::to_string(samples) +
@@ -292,8 +305,9 @@ int main(int argc, char** argv) {
             records = true;
         } else if (key == "--oneshot") {
             oneshot = true;
-        } else if (key == "--family" && (std::string(value) == "VU" || std::string(value) == "VT" ||
-                                         std::string(value) == "KL")) {
+        } else if (key == "--family" &&
+                   (std::string(value) == "VU" || std::string(value) == "VT" ||
+                    std::string(value) == "KL" || std::string(value) == "HN")) {
             s.family = value;
             ++i;
         } else {
@@ -305,7 +319,7 @@ int main(int argc, char** argv) {
     if (!sizesOk || s.channels <= 0 || s.channels > 30 || s.repeat <= 0) {
         std::fprintf(stderr,
                      "usage: bench_vt_report [--samples N[,N...]] [--channels 1..30] "
-                     "[--repeat N] [--records] [--oneshot] [--family VT|VU|KL]\n");
+                     "[--repeat N] [--records] [--oneshot] [--family VT|VU|KL|HN]\n");
         return 2;
     }
     const std::string bin = fs::canonical("/proc/self/exe").parent_path().string();
