@@ -11,15 +11,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// A program folder of its own starts with the shipped language files, so the default
-// language resolves there; files the user already has are left alone.
+// A program folder of its own starts with the shipped language files and the VQ message
+// catalogues beside them, so the default language resolves there; files the user already
+// has are left alone.
 void provide_language_files(const ProgramLocation& loc) {
     std::error_code ec;
     if (loc.exeFolder.empty() || fs::equivalent(loc.folder, loc.exeFolder, ec)) return;
     fs::create_directories(loc.folder, ec);
     for (fs::directory_iterator it(loc.exeFolder, ec), end; !ec && it != end; it.increment(ec)) {
         const fs::path& f = it->path();
-        if (f.extension() != ".lng" || !it->is_regular_file(ec)) continue;
+        if ((f.extension() != ".lng" && f.extension() != ".bin") || !it->is_regular_file(ec))
+            continue;
         const fs::path target = fs::path(loc.folder) / f.filename();
         std::error_code copyError;
         if (!fs::exists(target, copyError))

@@ -1,12 +1,14 @@
-// The family functions this build has. Families whose readers or generators are not
-// built yet keep empty slots.
+// The family functions this build has. Slots of what is not built yet (the template
+// reports, the customer text) stay empty.
 #include "pipeline/family_table.h"
 #include "recorder/hn_reader.h"
 #include "recorder/kl_reader.h"
+#include "recorder/vq_reader.h"
 #include "recorder/vt_reader.h"
 #include "recorder/vu_reader.h"
 #include "reports/hn_report.h"
 #include "reports/kl_report.h"
+#include "reports/vq_report.h"
 #include "reports/vt_report.h"
 #include "reports/vu_report.h"
 
@@ -30,6 +32,14 @@ FamilyTable default_family_table() {
     };
     t.vu.fileInfo = fkt_ReadVUFileInfo;
     t.vu.convertCSVXLS = fkt_VUconvertCSVXLS;
+
+    t.vq.typeCheck = VQTypeCheck;
+    t.vq.holdOpen = VQHoldOpen;
+    t.vq.fileElements = [](Program& ctx, const std::string& path) {
+        VQGetFileElements(ctx, 0, path);
+    };
+    t.vq.fileInfo = fkt_ReadVQFileInfo;
+    t.vq.convertCSVXLS = fkt_VQconvertCSVXLS;
 
     t.hn.typeCheck = HNTypeCheck;
     t.hn.holdOpen = HNHoldOpen;

@@ -294,13 +294,9 @@ void SheetReport::write_channel_header(bool eventFile, bool scaleValues,
         channel_row(std::int32_t{0}, true, 4, doubles(ch_.scaleLow));
         channel_row(std::int32_t{0}, true, 4, doubles(ch_.scaleHigh));
     } else {
-        const auto empty = [](const std::vector<std::string>& a) {
-            return [&a](std::int32_t c) {
-                return c == 0 ? CellValue(a[0]) : CellValue(std::string());
-            };
-        };
-        channel_row(ch_.scaleMin[0], true, 4, empty(ch_.scaleMin));
-        channel_row(ch_.scaleMax[0], true, 4, empty(ch_.scaleMax));
+        // Texts: empty in the VT family, the scale values in VQ.
+        channel_row(ch_.scaleMin[0], true, 4, text(ch_.scaleMin));
+        channel_row(ch_.scaleMax[0], true, 4, text(ch_.scaleMax));
     }
     channel_row(ch_.name[0], false, 0, text(ch_.name));
     channel_row(ch_.unit[0], false, 0, text(ch_.unit));

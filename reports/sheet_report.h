@@ -66,7 +66,8 @@ class SheetReport {
     // The highest selected channel ("ALL" counts as 60); the field array starts clean.
     void find_highest();
     // The channel header rows. With `scaleValues` rows 4 and 5 carry the two doubles
-    // under the label 0; without, they are "Scale min" and "Scale max" with empty cells.
+    // under the label 0; without, they are "Scale min" and "Scale max" with the texts of
+    // those arrays (empty unless the family fills them).
     void write_channel_header(bool eventFile, bool scaleValues, std::string_view stepText);
     // Row of column titles.
     void write_value_titles(bool eventFile);

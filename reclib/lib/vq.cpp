@@ -322,7 +322,7 @@ int32_t DllVQgetEachSigninSts(int32_t handle, int32_t index, int32_t* result, ch
         const Handle h = lookup(handle);
         bool found = false;
         const Fields& r = record(h.p(), "signinSts", index, &found);
-        put(result, found ? r.i("result", -1) : 0);
+        put(result, found ? r.i("result", -1) : -1);  // no such signature: unsigned
         put(name, abi::kVqSignNameLen, r.s("name"));
         put(comment, abi::kVqSignCommentLen, r.s("comment"));
         put(seconds, r.i("seconds"));
