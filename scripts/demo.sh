@@ -47,7 +47,7 @@ done
 rm -rf "$demo"
 mkdir -p "$demo/in" "$demo/csv" "$demo/xls" "$demo/home-csv" "$demo/home-xls"
 
-echo "== simulating VT recorder files in $demo/in"
+echo "== simulating recorder files of the five families in $demo/in"
 start="2024-03-05 08:00:00"
 "$bin/recsim" --family VT --kind event --channels 4 --samples 240 --alarms 3 --messages 2 \
     --batch --seed 11 --start "$start" --out "$demo/in/line1.oge"
@@ -55,6 +55,14 @@ start="2024-03-05 08:00:00"
     --batch --seed 12 --start "$start" --out "$demo/in/line2.ogd"
 "$bin/recsim" --family VT --kind event --channels 2 --math-channels 1 --samples 60 \
     --interval-ms 500 --alarms 1 --seed 13 --start "$start" --out "$demo/in/dryer.oge"
+"$bin/recsim" --family VU --kind display --channels 3 --samples 120 --alarms 2 --messages 1 \
+    --batch --seed 14 --start "$start" --out "$demo/in/oven.osd"
+"$bin/recsim" --family VQ --kind event --channels 3 --samples 120 --alarms 2 --messages 2 \
+    --batch --seed 15 --start "$start" --out "$demo/in/sterilizer.obe"
+"$bin/recsim" --family KL --kind event --channels 2 --samples 120 --alarms 1 --messages 1 \
+    --seed 16 --start "$start" --out "$demo/in/kiln.kle"
+"$bin/recsim" --family HN --channels 4 --samples 120 --messages 2 --seed 17 --start "$start" \
+    --out "$demo/in/hall.hnd"
 ls -l "$demo/in"
 
 # One program folder per target format. binfilemodus=2 keeps the sources where they are
@@ -67,6 +75,9 @@ binfilemodus=2
 targetformat=$3
 alarminclusive=1
 messageinclusive=1
+ctrleventinclusive=1
+pveventinclusive=1
+signatureinclusive=1
 language=$1/english.lng
 userdef1=Qumbrel demo
 [userdefined]

@@ -5,7 +5,7 @@
 // NUMBER records. Every run is a child process; wait4 gives its peak memory.
 //
 //   ninja -C build bench_vt_report qumbrel recsim reclib_libraries qumbrel_languages
-//   build/bin/bench_vt_report [--samples N] [--channels 1..30] [--repeat N] [--family VU|KL|HN]
+//   build/bin/bench_vt_report [--samples N] [--channels 1..30] [--repeat N] [--family VU|VQ|KL|HN]
 //
 // Prints seconds (best of --repeat), values per second, peak RSS and the ratio to the bare
 // writer of the same format. Needs qumbrel, recsim and the recorder libraries beside it in
@@ -25,12 +25,14 @@
 #include <fstream>
 #include <functional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame/context.h"
 #include "frame/headless_host.h"
 #include "recorder/hn_reader.h"
 #include "recorder/kl_reader.h"
+#include "recorder/vq_reader.h"
 #include "recorder/vt_reader.h"
 #include "recorder/vu_reader.h"
 
@@ -174,6 +176,7 @@ int bare_writer(const Settings& s, const std::string& src, const std::string& ou
         s.family == "VU"   ? VUOpenMeasData(ctx, 0, src, channels, s.samples, decimals, types,
                                             VUTimeBase{0, "", "1000"}, kTrue)
         : s.family == "KL" ? KLOpenMeasData(ctx, 0, src, channels, s.samples, decimals, kTrue)
+        : s.family == "VQ" ? VQOpenMeasData(ctx, 0, src, channels, s.samples, decimals, kTrue)
         : s.family == "HN"
             ? HNOpenMeasData(ctx, 0, src, plans, s.samples, false, VUTimeBase{0, "", "1000"})
             : VTOpenMeasData(ctx, src, channels, s.samples, decimals, kTrue);
@@ -251,6 +254,7 @@ std::string make_file(const Settings& s, const std::string& recsim, const std::s
     const std::string ext = s.family == "VU"   ? ".ose"
                             : s.family == "KL" ? ".kle"
                             : s.family == "HN" ? ".hnd"
+                            : s.family == "VQ" ? ".obe"
                                                : ".oge";
     const std::string src = dir + "/" + stem + ext;
     const std::string cmd = recsim + " --family " + s.family + " --kind event --channels " +
@@ -306,8 +310,8 @@ int main(int argc, char** argv) {
         } else if (key == "--oneshot") {
             oneshot = true;
         } else if (key == "--family" &&
-                   (std::string(value) == "VU" || std::string(value) == "VT" ||
-                    std::string(value) == "KL" || std::string(value) == "HN")) {
+                   std::string_view("VT VU VQ KL HN").find(value) != std::string_view::npos &&
+                   std::strlen(value) == 2) {
             s.family = value;
             ++i;
         } else {
@@ -319,7 +323,7 @@ int main(int argc, char** argv) {
     if (!sizesOk || s.channels <= 0 || s.channels > 30 || s.repeat <= 0) {
         std::fprintf(stderr,
                      "usage: bench_vt_report [--samples N[,N...]] [--channels 1..30] "
-                     "[--repeat N] [--records] [--oneshot] [--family VT|VU|KL|HN]\n");
+                     "[--repeat N] [--records] [--oneshot] [--family VT|VU|VQ|KL|HN]\n");
         return 2;
     }
     const std::string bin = fs::canonical("/proc/self/exe").parent_path().string();

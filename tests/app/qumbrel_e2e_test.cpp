@@ -215,6 +215,8 @@ TEST(Qumbrel, OneRunPerCase) {
          {{"home/error.log", "TLOG-Files are not jet implemented"}}},
         {"an HN file", "in/h.hns", "HN", {{"binfilemodus", "1"}}, "@/in/h.hns", 0, {"out/h.csv"},
          {"in/h.hns"}, {{"out/h.csv", "\"Device\",\"HN110\","}}},
+        {"a VQ file", "in/q.obe", "VQ", {{"binfilemodus", "1"}}, "@/in/q.obe", 0, {"out/q.csv"},
+         {"in/q.obe"}, {{"out/q.csv", "\"Operating Log Count\",4,"}}},
         {"--info of a VU file", "in/v.ose", "VU", {}, "--info @/in/v.ose", 0, {"in/v.ose"}, {},
          {{"", "Ext. Ch. Count: \t0\n"}, {"", "Sampling Int.: \t1.000 sec\n"}}},
     };
@@ -235,7 +237,8 @@ TEST(Qumbrel, OneRunPerCase) {
         } else if (c.kind == "folder") {
             fs::create_directories(r.dir.file(c.source));
             write_file(r.dir.file(c.source) + "/x", "inside");
-        } else if (c.kind == "KL" || c.kind == "VU" || c.kind == "HN" || c.kind == "TLOG") {
+        } else if (c.kind == "KL" || c.kind == "VU" || c.kind == "HN" || c.kind == "VQ" ||
+                   c.kind == "TLOG") {
             const std::string family = c.kind == "TLOG" ? "KL" : c.kind;
             const std::string kind = c.kind == "TLOG" ? "tlog" : "event";
             const std::string cmd = QUMBREL_BIN_DIR "/recsim --family " + family + " --kind " +

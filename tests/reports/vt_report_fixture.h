@@ -22,6 +22,7 @@
 #include "reclib/writer.h"
 #include "reports/hn_report.h"
 #include "reports/kl_report.h"
+#include "reports/vq_report.h"
 #include "reports/vt_report.h"
 #include "reports/vu_report.h"
 #include "test_util.h"
@@ -209,6 +210,7 @@ struct VtReaders : ::testing::Test, VtReportFixture {
         generator = family == reclib::Family::VU   ? fkt_VUconvertCSVXLS
                     : family == reclib::Family::KL ? fkt_KLconvertCSVXLS
                     : family == reclib::Family::HN ? fkt_HNconvertCSVXLS
+                    : family == reclib::Family::VQ ? fkt_VQconvertCSVXLS
                                                    : fkt_VTconvertCSVXLS;
         const std::string src =
             make(o, base + std::string(reclib::default_extension(family, kind)));

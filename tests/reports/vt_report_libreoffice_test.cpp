@@ -20,15 +20,17 @@ TEST_F(LibreOffice, ReadsTheSampleSheetAndTheReports) {
     const test::Cells di = csv_and_xls(reclib::Kind::Display, "di");
     const test::Cells vu = csv_and_xls(reclib::Kind::Display, "vu", reclib::Family::VU);
     const test::Cells kl = csv_and_xls(reclib::Kind::Event, "kl", reclib::Family::KL);
+    const test::Cells vq = csv_and_xls(reclib::Kind::Display, "vq", reclib::Family::VQ);
     test::Cells hn = csv_and_xls(reclib::Kind::Event, "hn", reclib::Family::HN);
     test::drop_csv_only_cells(hn);
-    const std::string command =
-        soffice + " -env:UserInstallation=file://" + p.dir.file("profile") +
-        " --headless --infilter=\"MS Excel 4.0\" --convert-to "
-        "'csv:Text - txt - csv (StarCalc):44,34,76,1,,0,true,false,true' --outdir " +
-        p.dir.file("lo") + " " + p.dir.file("sample.xls") + " " + p.dir.file("ev.xls") + " " +
-        p.dir.file("di.xls") + " " + p.dir.file("vu.xls") + " " + p.dir.file("kl.xls") + " " +
-        p.dir.file("hn.xls") + " >/dev/null 2>&1";
+    std::string command = soffice + " -env:UserInstallation=file://" + p.dir.file("profile") +
+                          " --headless --infilter=\"MS Excel 4.0\" --convert-to "
+                          "'csv:Text - txt - csv (StarCalc):44,34,76,1,,0,true,false,true' "
+                          "--outdir " +
+                          p.dir.file("lo");
+    for (const char* sheet : {"sample", "ev", "di", "vu", "kl", "hn", "vq"})
+        command += " " + p.dir.file(std::string(sheet) + ".xls");
+    command += " >/dev/null 2>&1";
     ASSERT_EQ(std::system(command.c_str()), 0);
     // soffice exits 0 even when a load fails: each output must exist.
     const auto read = [&](const std::string& name) {
@@ -44,7 +46,7 @@ TEST_F(LibreOffice, ReadsTheSampleSheetAndTheReports) {
                   std::string(255, 'z') + "\",,,\n");  // an empty label reads as no cell
     for (const auto& [name, mine] :
          {std::pair{"ev", &ev}, std::pair{"di", &di}, std::pair{"vu", &vu}, std::pair{"kl", &kl},
-          std::pair{"hn", static_cast<const test::Cells*>(&hn)}}) {
+          std::pair{"vq", &vq}, std::pair{"hn", static_cast<const test::Cells*>(&hn)}}) {
         SCOPED_TRACE(name);
         test::expect_same_cells(*mine, test::csv_cells(read(name)));
     }

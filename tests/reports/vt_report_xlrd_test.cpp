@@ -59,8 +59,9 @@ TEST_F(Xlrd, EventAndDisplayReportsHoldTheCsvValues) {
     }
 }
 
-TEST_F(Xlrd, VuKlAndHnReportsHoldTheCsvValues) {
-    for (const auto family : {reclib::Family::VU, reclib::Family::KL, reclib::Family::HN})
+TEST_F(Xlrd, ReportsOfTheOtherFamiliesHoldTheCsvValues) {
+    for (const auto family :
+         {reclib::Family::VU, reclib::Family::KL, reclib::Family::HN, reclib::Family::VQ})
         for (const auto kind : {reclib::Kind::Event, reclib::Kind::Display}) {
             SCOPED_TRACE(kind == reclib::Kind::Event ? "event" : "display");
             SCOPED_TRACE(reclib::family_name(family));
