@@ -92,30 +92,11 @@ int KlReport::convert() {
 }
 
 void KlReport::write_header_block() {
-    set_step(4, "");
-    const KLInfo& i = info_;
-    pair_row("Recorder", i.deviceType);
-    pair_row("Serial No.", i.serialNo);
-    pair_row("File Message",
-             i.status > 0 ? i.fileMessage + " <File damaged [CRC Error]>" : i.fileMessage);
-    pair_row("Start Time", i.startTime);
-    pair_row("End Time", i.endTime);
-    pair_row("Time Change", i.timeCorrect);
-    pair_row("Started by", i.startedBy);
-    pair_row("Stopped by", i.stoppedBy);
-    pair_row("Starting Cond.", i.startingCond);
-    pair_row("Dividing Cond.", i.dividingCond);
-    pair_row("Number of Mess-Channels", i.measChCount, 1);
-    pair_row("Number of Math-Channels", i.mathChCount, 1);
-    pair_row("Number of Ext-Channels", i.extChCount, 1);
-    pair_row("Number of Ctrl-Channels", i.ctrlChCount, 1);
-    pair_row("Number of Data", i.dataCount, 1);
-    pair_row("Sample Rate", i.samplingInt);
-    note_sample_rate(i.samplingInt);
-    pair_row("Trigger Time", i.triggerDateTime);
-    pair_row("Trigger Point", i.triggerNo, 1);
-    pair_row("Group Name", i.groupName);
-    pair_row("File", i.fileType);
+    HeaderRows h = header_rows(info_);
+    h.extChCount = info_.extChCount;
+    h.ctrlChCount = info_.ctrlChCount;
+    h.fileLast = true;
+    write_header_rows(h);
 }
 
 void KlReport::read_channels() {
@@ -126,20 +107,7 @@ void KlReport::read_channels() {
     for (std::int32_t c = 1; c <= channels_; ++c) {
         KLChannelInfo ci;
         KLGetChDataInfo(ctx_, file_.get(), source_, c - 1, ci);
-        const auto at = static_cast<std::size_t>(c);
-        ch_.decimals[at] = ci.decimals;
-        ch_.color[at] = std::to_string(ci.number1);
-        ch_.number2[at] = ci.number2;
-        ch_.number3[at] = ci.number3;
-        ch_.number4[at] = ci.number4;
-        ch_.number5[at] = ci.number5;
-        ch_.scaleLow[at] = ci.scaleLow;
-        ch_.scaleHigh[at] = ci.scaleHigh;
-        ch_.chNo[at] = ci.chNo;
-        ch_.number[at] = std::to_string(ci.chNo);
-        ch_.unit[at] = ci.unit;
-        ch_.name[at] = ci.tag.empty() ? ci.channel : ci.tag;
-        logScale_[at] = ci.number3 == kLogarithmicScale;
+        store_channel(static_cast<std::size_t>(c), ci);
     }
 }
 

@@ -200,6 +200,33 @@ void SheetReport::write_head() {
     pair_row("Software", ctx_.info.program_name());
 }
 
+void SheetReport::write_header_rows(const HeaderRows& h) {
+    set_step(4, "");
+    pair_row("Recorder", h.deviceType);
+    pair_row("Serial No.", h.serialNo);
+    pair_row("File Message",
+             h.status > 0 ? h.fileMessage + " <File damaged [CRC Error]>" : h.fileMessage);
+    if (!h.fileLast) pair_row("File", h.fileType);
+    pair_row("Start Time", h.startTime);
+    pair_row("End Time", h.endTime);
+    pair_row("Time Change", h.timeCorrect);
+    pair_row("Started by", h.startedBy);
+    pair_row("Stopped by", h.stoppedBy);
+    pair_row("Starting Cond.", h.startingCond);
+    pair_row("Dividing Cond.", h.dividingCond);
+    pair_row("Number of Mess-Channels", h.measChCount, 1);
+    pair_row("Number of Math-Channels", h.mathChCount, 1);
+    if (h.extChCount) pair_row("Number of Ext-Channels", *h.extChCount, 1);
+    if (h.ctrlChCount) pair_row("Number of Ctrl-Channels", *h.ctrlChCount, 1);
+    pair_row("Number of Data", h.dataCount, 1);
+    pair_row("Sample Rate", h.samplingInt);
+    note_sample_rate(h.samplingInt);
+    pair_row("Trigger Time", h.triggerDateTime);
+    pair_row("Trigger Point", h.triggerNo, 1);
+    pair_row("Group Name", h.groupName);
+    if (h.fileLast) pair_row("File", h.fileType);
+}
+
 int SheetReport::stop_damaged() {
     put(0, std::string("File damaged [CRC Error]"), true, 0);
     close_quietly();

@@ -9,6 +9,7 @@
 //   return VuReport(ctx, source, base, interactive).run();
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -34,6 +35,44 @@ struct ChannelArrays {
     void size(std::size_t n);
 };
 
+// The header block the VT, VU, VQ and KL reports share, from "Recorder" to "Group Name",
+// with "File" behind "File Message" (VT, VQ) or last (VU, KL), and the channel counts the
+// family has.
+struct HeaderRows {
+    std::string deviceType, serialNo, fileMessage, fileType, startTime, endTime, timeCorrect;
+    std::string startedBy, stoppedBy, startingCond, dividingCond, samplingInt;
+    std::string triggerDateTime, groupName;
+    std::int32_t status = 0, measChCount = 0, mathChCount = 0, dataCount = 0, triggerNo = 0;
+    std::optional<std::int32_t> extChCount, ctrlChCount;
+    bool fileLast = false;
+};
+
+// The values of a family's info record, by their common names.
+template <class Info>
+HeaderRows header_rows(const Info& i) {
+    HeaderRows h;
+    h.deviceType = i.deviceType;
+    h.serialNo = i.serialNo;
+    h.fileMessage = i.fileMessage;
+    h.fileType = i.fileType;
+    h.startTime = i.startTime;
+    h.endTime = i.endTime;
+    h.timeCorrect = i.timeCorrect;
+    h.startedBy = i.startedBy;
+    h.stoppedBy = i.stoppedBy;
+    h.startingCond = i.startingCond;
+    h.dividingCond = i.dividingCond;
+    h.samplingInt = i.samplingInt;
+    h.triggerDateTime = i.triggerDateTime;
+    h.groupName = i.groupName;
+    h.status = i.status;
+    h.measChCount = i.measChCount;
+    h.mathChCount = i.mathChCount;
+    h.dataCount = i.dataCount;
+    h.triggerNo = i.triggerNo;
+    return h;
+}
+
 class SheetReport {
   public:
     virtual ~SheetReport() = default;
@@ -51,6 +90,8 @@ class SheetReport {
     bool open_report();
     // "Filename", the free texts of the option file, "Software".
     void write_head();
+    // The header block of HeaderRows, the sample-rate rule included.
+    void write_header_rows(const HeaderRows& h);
     // The damaged-file line of a non-interactive run; closes the report.
     int stop_damaged();
     // After "Sample Rate": a whole-second rate switches the time column to plain times
@@ -106,6 +147,13 @@ class SheetReport {
     template <class Element>
     void channel_row(const CellValue& label, bool labelTwice, std::int32_t type, Element element);
 
+    // A channel record of the VT shape into the arrays at index `at`: decimals, "Color"
+    // from number1, the four further numbers, the scale, the number as text, the unit and
+    // as "Name" the tag, else the channel's identifier. Where logScale_ is sized, a channel
+    // whose number3 is 3 is marked logarithmic.
+    template <class Channel>
+    void store_channel(std::size_t at, const Channel& ci);
+
     Program& ctx_;
     std::string source_, base_;
     bool interactive_;
@@ -141,6 +189,25 @@ void SheetReport::channel_row(const CellValue& label, bool labelTwice, std::int3
         if (endOfLine) break;
     }
     if (!endOfLine) end_line();
+}
+
+template <class Channel>
+void SheetReport::store_channel(std::size_t at, const Channel& ci) {
+    constexpr std::int32_t kLogarithmic = 3;
+    ch_.decimals[at] = ci.decimals;
+    ch_.color[at] = std::to_string(ci.number1);
+    ch_.number2[at] = ci.number2;
+    ch_.number3[at] = ci.number3;
+    ch_.number4[at] = ci.number4;
+    ch_.number5[at] = ci.number5;
+    ch_.scaleLow[at] = ci.scaleLow;
+    ch_.scaleHigh[at] = ci.scaleHigh;
+    if constexpr (requires { ci.dataType; }) ch_.dataType[at] = ci.dataType;
+    ch_.chNo[at] = ci.chNo;
+    ch_.number[at] = std::to_string(ci.chNo);
+    ch_.unit[at] = ci.unit;
+    ch_.name[at] = ci.tag.empty() ? ci.channel : ci.tag;
+    if (at < logScale_.size()) logScale_[at] = ci.number3 == kLogarithmic;
 }
 
 }  // namespace qumbrel

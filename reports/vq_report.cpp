@@ -67,28 +67,8 @@ int VqReport::convert() {
 }
 
 void VqReport::write_header_block() {
-    set_step(4, "");
     const VQInfo& i = records().info;
-    pair_row("Recorder", i.deviceType);
-    pair_row("Serial No.", i.serialNo);
-    pair_row("File Message",
-             i.status > 0 ? i.fileMessage + " <File damaged [CRC Error]>" : i.fileMessage);
-    pair_row("File", i.fileType);
-    pair_row("Start Time", i.startTime);
-    pair_row("End Time", i.endTime);
-    pair_row("Time Change", i.timeCorrect);
-    pair_row("Started by", i.startedBy);
-    pair_row("Stopped by", i.stoppedBy);
-    pair_row("Starting Cond.", i.startingCond);
-    pair_row("Dividing Cond.", i.dividingCond);
-    pair_row("Number of Mess-Channels", i.measChCount, 1);
-    pair_row("Number of Math-Channels", i.mathChCount, 1);
-    pair_row("Number of Data", i.dataCount, 1);
-    pair_row("Sample Rate", i.samplingInt);
-    note_sample_rate(i.samplingInt);
-    pair_row("Trigger Time", i.triggerDateTime);
-    pair_row("Trigger Point", i.triggerNo, 1);
-    pair_row("Group Name", i.groupName);
+    write_header_rows(header_rows(i));
     // Only the count: the entries are not reported in CSV or XLS.
     pair_row("Operating Log Count", i.opeLogNum, 1);
     if (is_set(ctx_.opt.signatureinclusive)) {
@@ -170,15 +150,8 @@ void VqReport::read_channels() {
         VQChannelInfo& ci = records().channel;
         VQGetChDataInfo(ctx_, file_.get(), source_, c - 1, ci);
         const auto at = static_cast<std::size_t>(c);
-        ch_.decimals[at] = ci.decimals;
-        ch_.color[at] = std::to_string(ci.number1);
-        ch_.number2[at] = ci.number2;
-        ch_.number3[at] = ci.number3;
-        ch_.number4[at] = ci.number4;
-        ch_.chNo[at] = ci.chNo;
+        store_channel(at, ci);
         ch_.number[at] = vb::Format(ci.chNo, "##0", r);
-        ch_.unit[at] = ci.unit;
-        ch_.name[at] = ci.tag.empty() ? ci.channel : ci.tag;
         // Filled in this family, so these rows are not empty.
         ch_.scaleMin[at] = vb::CStr(ci.scaleLow, r);
         ch_.scaleMax[at] = vb::CStr(ci.scaleHigh, r);

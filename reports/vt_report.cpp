@@ -57,30 +57,8 @@ int VtReport::convert() {
 }
 
 void VtReport::write_header_block() {
-    set_step(4, "");
-    const VTInfo& i = info_;
-    pair_row("Recorder", i.deviceType);
-    pair_row("Serial No.", i.serialNo);
-    pair_row("File Message",
-             i.status > 0 ? i.fileMessage + " <File damaged [CRC Error]>" : i.fileMessage);
-    pair_row("File", i.fileType);
-    pair_row("Start Time", i.startTime);
-    pair_row("End Time", i.endTime);
-    pair_row("Time Change", i.timeCorrect);
-    pair_row("Started by", i.startedBy);
-    pair_row("Stopped by", i.stoppedBy);
-    pair_row("Starting Cond.", i.startingCond);
-    pair_row("Dividing Cond.", i.dividingCond);
-    pair_row("Number of Mess-Channels", i.measChCount, 1);
-    pair_row("Number of Math-Channels", i.mathChCount, 1);
-    pair_row("Number of Data", i.dataCount, 1);
-    pair_row("Sample Rate", i.samplingInt);
-    note_sample_rate(i.samplingInt);
-
-    pair_row("Trigger Time", i.triggerDateTime);
-    pair_row("Trigger Point", i.triggerNo, 1);
-    pair_row("Group Name", i.groupName);
-    pair_row("Alarms", i.alarmNum, 1);
+    write_header_rows(header_rows(info_));
+    pair_row("Alarms", info_.alarmNum, 1);
 }
 
 void VtReport::write_alarms() {
@@ -144,15 +122,7 @@ void VtReport::read_channels() {
     for (std::int32_t c = 1; c <= channels_; ++c) {
         VTChannelInfo ci;
         VTGetChDataInfo(ctx_, source_, c - 1, ci);
-        ch_.decimals[c] = ci.decimals;
-        ch_.color[c] = std::to_string(ci.number1);
-        ch_.number2[c] = ci.number2;
-        ch_.number3[c] = ci.number3;
-        ch_.number4[c] = ci.number4;
-        ch_.chNo[c] = ci.chNo;
-        ch_.number[c] = std::to_string(ci.chNo);
-        ch_.unit[c] = ci.unit;
-        ch_.name[c] = ci.tag.empty() ? ci.channel : ci.tag;
+        store_channel(static_cast<std::size_t>(c), ci);
     }
 }
 
