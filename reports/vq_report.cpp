@@ -40,6 +40,7 @@ int VqReport::convert() {
     set_step(3, "");
     VQInfo& info = records().info;
     VQGetInfo(ctx_, file_.get(), source_, info);
+    VQGetBatchInfo(ctx_, file_.get(), source_, records().batch);
     if (!interactive_ && info.status > 0) return stop_damaged();
     write_header_block();
     if (info.alarmNum > 0 && is_set(ctx_.opt.alarminclusive)) write_alarms();
@@ -49,7 +50,6 @@ int VqReport::convert() {
             VQGetEventInfo(ctx_, file_.get(), source_, e, ev);
         },
         info.triggerNo, info.triggerDate, info.triggerTime);
-    VQGetBatchInfo(ctx_, file_.get(), source_, records().batch);
     if (records().batch.batchFlag > 0) write_batch();
     read_channels();
 

@@ -184,6 +184,23 @@ inline void expect_same_cells(Cells csv, Cells xls) {
     EXPECT_EQ(csv, xls);
 }
 
+// The CSV and XLS report of a family.
+inline auto generator_of(reclib::Family family) {
+    switch (family) {
+        case reclib::Family::VU:
+            return fkt_VUconvertCSVXLS;
+        case reclib::Family::VQ:
+            return fkt_VQconvertCSVXLS;
+        case reclib::Family::KL:
+            return fkt_KLconvertCSVXLS;
+        case reclib::Family::HN:
+            return fkt_HNconvertCSVXLS;
+        case reclib::Family::VT:
+            break;
+    }
+    return fkt_VTconvertCSVXLS;
+}
+
 // Cells of iValueType 48 that CSV writes and XLS leaves out: in an HN report, the colour
 // of a mark (what the mark is) in the last column of the message list.
 inline void drop_csv_only_cells(Cells& csv) {
@@ -207,11 +224,7 @@ struct VtReaders : ::testing::Test, VtReportFixture {
         o.family = family;
         o.messages = 2;
         o.batch = true;
-        generator = family == reclib::Family::VU   ? fkt_VUconvertCSVXLS
-                    : family == reclib::Family::KL ? fkt_KLconvertCSVXLS
-                    : family == reclib::Family::HN ? fkt_HNconvertCSVXLS
-                    : family == reclib::Family::VQ ? fkt_VQconvertCSVXLS
-                                                   : fkt_VTconvertCSVXLS;
+        generator = generator_of(family);
         const std::string src =
             make(o, base + std::string(reclib::default_extension(family, kind)));
         options({{"messageinclusive", "1"}});
