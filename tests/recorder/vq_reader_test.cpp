@@ -22,6 +22,10 @@ namespace {
 
 constexpr std::int32_t t0 = 1709632800;  // 2024-03-05 10:00:00 UTC
 
+std::string source_file(const std::string& relative) {
+    return (std::filesystem::path(QUMBREL_SOURCE_DIR) / relative).string();
+}
+
 reclib::Fields fields(std::initializer_list<std::pair<const char*, reclib::Value>> items) {
     reclib::Fields f;
     for (const auto& [name, value] : items) f.put(name, value);
@@ -84,7 +88,7 @@ class VqReaderTest : public ::testing::Test {
     VqReaderTest() {
         ::setenv("QUMBREL_RECLIB_PATH", QUMBREL_BIN_DIR, 1);
         p->opt.decseparator = ".";
-        p->opt.language = std::string(QUMBREL_SOURCE_DIR) + "/lang/english.lng";
+        p->opt.language = source_file("lang/english.lng");
     }
     std::string write(const reclib::RecorderFile& f, std::string_view name) {
         const std::string path = p.dir.file(name);
@@ -175,7 +179,7 @@ TEST_F(VqReaderTest, CatalogueFollowsTheLanguageAndFallsBack) {
     // The shipped catalogues have a text for every named message number in both
     // languages, and for the codes of every class.
     for (const char* lang : {"english", "deutsch"}) {
-        const std::string bin = std::string(QUMBREL_SOURCE_DIR) + "/lang/" + lang + ".bin";
+        const std::string bin = source_file("lang/" + std::string(lang) + ".bin");
         for (std::int32_t n = 0; n <= 58; ++n) {
             if (vq_message_name(n).starts_with("unknown-")) continue;
             EXPECT_NE(fkt_readlanguage(bin, "VQMessages", std::to_string(n), kCatalogueMissing),
@@ -188,8 +192,8 @@ TEST_F(VqReaderTest, CatalogueFollowsTheLanguageAndFallsBack) {
                 kCatalogueMissing)
                 << lang << " " << code;
     }
-    p->opt.language = std::string(QUMBREL_SOURCE_DIR) + "/lang/deutsch.lng";
-    EXPECT_EQ(vq_catalogue_path(ctx), std::string(QUMBREL_SOURCE_DIR) + "/lang/deutsch.bin");
+    p->opt.language = source_file("lang/deutsch.lng");
+    EXPECT_EQ(vq_catalogue_path(ctx), source_file("lang/deutsch.bin"));
     p->opt.language = p.dir.file("klingon.lng");  // no klingon.bin beside it
     EXPECT_EQ(vq_catalogue_path(ctx), ctx.program_file("english.bin"));
     // Without any catalogue every row reads the default text, and the run goes on.
