@@ -1,0 +1,347 @@
+#include "excel/ooxml/sheet_filler.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <set>
+#include <sstream>
+
+#include "excel/ooxml/workbook.h"
+#include "excel/ooxml/xml_nodes.h"
+#include "excel/ooxml/xml_text.h"
+
+namespace qumbrel::ooxml {
+
+namespace {
+
+// Excel's limit of a cell's text.
+constexpr std::size_t kMaxCellText = 32767;
+
+struct Tag {
+    std::size_t start = std::string::npos;  // '<'
+    std::size_t end = 0;                    // behind '>'
+    bool selfClosing = false;
+    std::string prefix;  // "x:" or ""
+    bool found() const { return start != std::string::npos; }
+};
+
+bool name_char(char c) {
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-' || c == '.';
+}
+
+// The first start tag of an element with local name `local` from `from`.
+Tag find_start(const std::string& xml, std::string_view local, std::size_t from) {
+    Tag t;
+    for (std::size_t at = xml.find(local, from); at != std::string::npos;
+         at = xml.find(local, at + 1)) {
+        const std::size_t after = at + local.size();
+        if (after >= xml.size() || name_char(xml[after]) || xml[after] == ':') continue;
+        std::size_t begin = at;
+        if (begin > 0 && xml[begin - 1] == ':') {
+            --begin;
+            while (begin > 0 && name_char(xml[begin - 1])) --begin;
+        }
+        if (begin == 0 || xml[begin - 1] != '<') continue;
+        t.start = begin - 1;
+        t.prefix = xml.substr(begin, at - begin);
+        const std::size_t close = xml.find('>', after);
+        if (close == std::string::npos) return Tag{};
+        t.end = close + 1;
+        t.selfClosing = xml[close - 1] == '/';
+        return t;
+    }
+    return t;
+}
+
+bool parse_address(std::string_view r, std::uint32_t& row, std::uint32_t& col) {
+    std::uint64_t c = 0, w = 0;
+    std::size_t i = 0;
+    while (i < r.size() && std::isalpha(static_cast<unsigned char>(r[i])))
+        c = c * 26 + static_cast<std::uint64_t>(std::toupper(r[i++]) - 'A' + 1);
+    while (i < r.size() && std::isdigit(static_cast<unsigned char>(r[i])))
+        w = w * 10 + static_cast<std::uint64_t>(r[i++] - '0');
+    if (i != r.size() || c == 0 || w == 0 || c > kMaxColumns || w > kMaxRows) return false;
+    row = static_cast<std::uint32_t>(w);
+    col = static_cast<std::uint32_t>(c);
+    return true;
+}
+
+// Cuts a text to Excel's limit without splitting a UTF-8 sequence.
+std::string_view cell_text(const std::string& s, bool& cut) {
+    cut = s.size() > kMaxCellText;
+    if (!cut) return s;
+    std::size_t n = kMaxCellText;
+    while (n > 0 && (static_cast<unsigned char>(s[n]) & 0xC0) == 0x80) --n;
+    return std::string_view(s).substr(0, n);
+}
+
+struct ColumnStyle {
+    std::uint32_t min, max;
+    std::string style;
+};
+
+struct Bounds {
+    std::uint32_t minRow = std::numeric_limits<std::uint32_t>::max(), maxRow = 0;
+    std::uint32_t minCol = std::numeric_limits<std::uint32_t>::max(), maxCol = 0;
+    void add(std::uint32_t r, std::uint32_t c) {
+        minRow = std::min(minRow, r);
+        maxRow = std::max(maxRow, r);
+        minCol = std::min(minCol, c);
+        maxCol = std::max(maxCol, c);
+    }
+    std::string ref() const {
+        if (maxRow == 0) return "A1";
+        const std::string a = column_letters(minCol) + std::to_string(minRow);
+        const std::string b = column_letters(maxCol) + std::to_string(maxRow);
+        return a == b ? a : a + ":" + b;
+    }
+};
+
+std::string raw(pugi::xml_node n) {
+    std::ostringstream out;
+    n.print(out, "", pugi::format_raw);
+    return out.str();
+}
+
+}  // namespace
+
+std::string column_letters(std::uint32_t col) {
+    std::string s;
+    while (col > 0) {
+        const std::uint32_t d = (col - 1) % 26;
+        s.insert(s.begin(), static_cast<char>('A' + d));
+        col = (col - 1) / 26;
+    }
+    return s;
+}
+
+SheetFiller::SheetFiller(std::string xml, std::string part)
+    : xml_(std::move(xml)), part_(std::move(part)) {}
+
+std::string SheetFiller::fill(std::vector<Cell>& cells) {
+    std::sort(cells.begin(), cells.end(), [](const Cell& a, const Cell& b) {
+        return a.row != b.row ? a.row < b.row : a.col != b.col ? a.col < b.col : a.order < b.order;
+    });
+    // Of several writes to one cell the last stands.
+    std::vector<Cell> last;
+    last.reserve(cells.size());
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        if (i + 1 < cells.size() && cells[i + 1].row == cells[i].row &&
+            cells[i + 1].col == cells[i].col)
+            continue;
+        last.push_back(cells[i]);
+    }
+    cells.swap(last);
+
+    const Tag data = find_start(xml_, "sheetData", 0);
+    if (!data.found()) throw PackageError(part_ + ": no <sheetData>");
+    const std::string& P = data.prefix;
+    std::size_t tailStart = data.end;
+    std::string inner;
+    if (!data.selfClosing) {
+        const std::string close = "</" + P + "sheetData>";
+        const std::size_t at = xml_.find(close, data.end);
+        if (at == std::string::npos) throw PackageError(part_ + ": <sheetData> is not closed");
+        inner = xml_.substr(data.end, at - data.end);
+        tailStart = at + close.size();
+    }
+    std::string head = xml_.substr(0, data.start);
+    const std::string tail = xml_.substr(tailStart);
+
+    pugi::xml_document rows;
+    load_part(rows, "<" + P + "sheetData>" + inner + "</" + P + "sheetData>", part_);
+
+    std::vector<ColumnStyle> columns;
+    if (const Tag cols = find_start(head, "cols", 0); cols.found() && !cols.selfClosing) {
+        const std::string close = "</" + cols.prefix + "cols>";
+        const std::size_t at = head.find(close, cols.end);
+        if (at != std::string::npos) {
+            pugi::xml_document doc;
+            load_part(doc, head.substr(cols.start, at + close.size() - cols.start), part_);
+            for (pugi::xml_node c = doc.document_element().first_child(); c; c = c.next_sibling()) {
+                if (c.type() != pugi::node_element || !c.attribute("style")) continue;
+                columns.push_back({c.attribute("min").as_uint(), c.attribute("max").as_uint(),
+                                   c.attribute("style").as_string()});
+            }
+        }
+    }
+    const auto column_style = [&columns](std::uint32_t col) -> std::string {
+        for (const auto& c : columns)
+            if (col >= c.min && col <= c.max) return c.style;
+        return {};
+    };
+
+    // The template's rows and cells with their addresses (counted where "r" is missing).
+    struct OldRow {
+        std::uint32_t number;
+        pugi::xml_node node;
+        std::vector<std::pair<std::uint32_t, pugi::xml_node>> cells;
+    };
+    std::vector<OldRow> old;
+    std::uint32_t lastRow = 0;
+    for (pugi::xml_node r = rows.document_element().first_child(); r; r = r.next_sibling()) {
+        if (r.type() != pugi::node_element || local_name(r.name()) != "row") continue;
+        const std::uint32_t number = r.attribute("r") ? r.attribute("r").as_uint() : lastRow + 1;
+        if (number < 1 || number > kMaxRows) throw PackageError(part_ + ": a row out of range");
+        lastRow = number;
+        OldRow o{number, r, {}};
+        std::uint32_t lastCol = 0;
+        for (pugi::xml_node c = r.first_child(); c; c = c.next_sibling()) {
+            if (c.type() != pugi::node_element || local_name(c.name()) != "c") continue;
+            std::uint32_t row = number, col = lastCol + 1;
+            if (c.attribute("r") && !parse_address(c.attribute("r").as_string(), row, col))
+                throw PackageError(part_ + ": a cell address out of range");
+            lastCol = col;
+            o.cells.emplace_back(col, c);
+        }
+        std::stable_sort(o.cells.begin(), o.cells.end(),
+                         [](const auto& a, const auto& b) { return a.first < b.first; });
+        old.push_back(std::move(o));
+    }
+    std::stable_sort(old.begin(), old.end(),
+                     [](const OldRow& a, const OldRow& b) { return a.number < b.number; });
+
+    const auto written = [&cells](std::uint32_t row, std::uint32_t col) {
+        return std::binary_search(cells.begin(), cells.end(), Cell{row, col, 0, 0, 0, nullptr},
+                                  [](const Cell& a, const Cell& b) {
+                                      return a.row != b.row ? a.row < b.row : a.col < b.col;
+                                  });
+    };
+    // Formulas in written cells go; the cells that share a master formula keep values.
+    std::set<std::string> masters;
+    for (const OldRow& o : old) {
+        for (const auto& [col, c] : o.cells) {
+            const pugi::xml_node f = child_named(c, "f");
+            if (!f || !written(o.number, col)) continue;
+            formulasOverwritten_ = true;
+            if (std::string_view(f.attribute("t").as_string()) == "shared" && f.attribute("ref"))
+                masters.insert(f.attribute("si").as_string());
+        }
+    }
+    if (!masters.empty()) {
+        for (const OldRow& o : old) {
+            for (const auto& [col, c] : o.cells) {
+                const pugi::xml_node f = child_named(c, "f");
+                if (!f || f.attribute("ref") || !masters.count(f.attribute("si").as_string()))
+                    continue;
+                pugi::xml_node cell = c;
+                cell.remove_child(f);
+                warnings_.push_back("cell " + column_letters(col) + std::to_string(o.number) +
+                                    " shared an overwritten formula and keeps its last value");
+            }
+        }
+    }
+
+    Bounds bounds;
+    std::string body;
+    body.reserve(inner.size() + cells.size() * 40);
+    char number[32];
+    const auto cell_xml = [&](const Cell& w, const std::string& style) {
+        const std::string ref = column_letters(w.col) + std::to_string(w.row);
+        body += "<" + P + "c r=\"" + ref + "\"";
+        if (!style.empty()) body += " s=\"" + xml_attribute(style) + "\"";
+        if (w.kind == 1 && std::isfinite(w.number)) {
+            const auto end = std::to_chars(number, number + sizeof number, w.number).ptr;
+            body += "><" + P + "v>";
+            body.append(number, end);
+            body += "</" + P + "v></" + P + "c>";
+        } else if (w.kind == 2 && w.text) {
+            bool cut = false;
+            const std::string_view text = cell_text(*w.text, cut);
+            if (cut) warnings_.push_back("text of " + ref + " cut to 32,767 characters");
+            body += " t=\"inlineStr\"><" + P + "is><" + P + "t";
+            if (needs_preserve(text)) body += " xml:space=\"preserve\"";
+            body += ">" + xml_text(text) + "</" + P + "t></" + P + "is></" + P + "c>";
+        } else {
+            body += "/>";  // empty, or a number no reader takes (NaN, infinity)
+        }
+        bounds.add(w.row, w.col);
+        ++written_;
+    };
+    const auto row_start = [&](pugi::xml_node node, std::uint32_t number) {
+        body += "<" + P + "row r=\"" + std::to_string(number) + "\"";
+        for (pugi::xml_attribute a = node.first_attribute(); a; a = a.next_attribute()) {
+            const std::string_view n = a.name();
+            if (n == "r" || n == "spans") continue;  // spans is a hint that no longer holds
+            body += " " + std::string(n) + "=\"" + xml_attribute(a.value()) + "\"";
+        }
+        body += ">";
+    };
+
+    std::size_t next = 0;  // into cells
+    std::size_t oi = 0;    // into old
+    while (oi < old.size() || next < cells.size()) {
+        const std::uint32_t oldRow = oi < old.size() ? old[oi].number : kMaxRows + 1;
+        const std::uint32_t newRow = next < cells.size() ? cells[next].row : kMaxRows + 1;
+        if (newRow < oldRow) {  // a row the template does not have
+            body += "<" + P + "row r=\"" + std::to_string(newRow) + "\">";
+            while (next < cells.size() && cells[next].row == newRow) {
+                const Cell& w = cells[next++];
+                cell_xml(w, column_style(w.col));
+            }
+            body += "</" + P + "row>";
+            continue;
+        }
+        const OldRow& o = old[oi++];
+        if (newRow != o.number) {  // untouched: as the template has it
+            body += raw(o.node);
+            for (const auto& [col, c] : o.cells) bounds.add(o.number, col);
+            continue;
+        }
+        const std::string rowStyle = o.node.attribute("customFormat") &&
+                                             xml_true(o.node.attribute("customFormat").as_string())
+                                         ? o.node.attribute("s").as_string()
+                                         : "";
+        row_start(o.node, o.number);
+        std::size_t ci = 0;
+        while (ci < o.cells.size() || (next < cells.size() && cells[next].row == o.number)) {
+            const std::uint32_t oldCol = ci < o.cells.size() ? o.cells[ci].first : kMaxColumns + 1;
+            const bool haveNew = next < cells.size() && cells[next].row == o.number;
+            const std::uint32_t newCol = haveNew ? cells[next].col : kMaxColumns + 1;
+            if (oldCol < newCol) {
+                body += raw(o.cells[ci].second);
+                bounds.add(o.number, oldCol);
+                ++ci;
+            } else if (oldCol == newCol) {
+                cell_xml(cells[next++], o.cells[ci++].second.attribute("s").as_string());
+            } else {
+                const std::string style = rowStyle.empty() ? column_style(newCol) : rowStyle;
+                cell_xml(cells[next++], style);
+            }
+        }
+        body += "</" + P + "row>";
+    }
+
+    // A true dimension: readers that trust it (pandas through openpyxl) read no further.
+    const std::string dimension = "<" + P + "dimension ref=\"" + bounds.ref() + "\"/>";
+    if (const Tag d = find_start(head, "dimension", 0); d.found()) {
+        std::size_t end = d.end;
+        if (!d.selfClosing) {
+            const std::string close = "</" + d.prefix + "dimension>";
+            const std::size_t at = head.find(close, d.end);
+            if (at != std::string::npos) end = at + close.size();
+        }
+        head.replace(d.start, end - d.start, dimension);
+    } else if (const Tag pr = find_start(head, "sheetPr", 0); pr.found()) {
+        std::size_t end = pr.end;
+        if (!pr.selfClosing) {
+            const std::string close = "</" + pr.prefix + "sheetPr>";
+            const std::size_t at = head.find(close, pr.end);
+            if (at != std::string::npos) end = at + close.size();
+        }
+        head.insert(end, dimension);
+    } else if (const Tag ws = find_start(head, "worksheet", 0); ws.found()) {
+        head.insert(ws.end, dimension);
+    }
+    std::string out;
+    out.reserve(head.size() + body.size() + tail.size() + 64);
+    out += head;
+    out += "<" + P + "sheetData>";
+    out += body;
+    out += "</" + P + "sheetData>";
+    out += tail;
+    return out;
+}
+
+}  // namespace qumbrel::ooxml

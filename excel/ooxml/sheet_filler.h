@@ -1,0 +1,53 @@
+#pragma once
+// Writes values into a worksheet part by splicing its <sheetData>: the bytes before and
+// after it stay as they are (but for a true <dimension>), the template's rows are parsed
+// (a template's are few), merged with the new cells and written back as text, rows and
+// cells in ascending order and every cell with its address. The new cells are generated
+// as text, never as a DOM, so a million of them cost their text and little more.
+//
+// A written cell keeps its style; a new one takes its row's style when the row has a
+// custom format, else its column's. A formula in a written cell is removed; when it was
+// the master of a shared formula, the cells sharing it keep their last values (a
+// warning says so).
+//
+//   SheetFiller f(sheetXml, "xl/worksheets/sheet1.xml");
+//   std::string filled = f.fill(cells);
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace qumbrel::ooxml {
+
+class SheetFiller {
+  public:
+    struct Cell {
+        std::uint32_t row;
+        std::uint32_t col;
+        std::uint32_t order;  // of equal cells the one with the highest order wins
+        std::uint8_t kind;    // 0 empty, 1 number, 2 text
+        double number;
+        const std::string* text;
+    };
+
+    SheetFiller(std::string xml, std::string part);
+
+    // The filled part; `cells` is sorted in place. Throws PackageError for a sheet whose
+    // XML is damaged.
+    std::string fill(std::vector<Cell>& cells);
+
+    std::size_t written() const { return written_; }
+    bool formulas_overwritten() const { return formulasOverwritten_; }
+    const std::vector<std::string>& warnings() const { return warnings_; }
+
+  private:
+    std::string xml_;
+    std::string part_;
+    std::size_t written_ = 0;
+    bool formulasOverwritten_ = false;
+    std::vector<std::string> warnings_;
+};
+
+// "A", "Z", "AA", ... for columns from 1.
+std::string column_letters(std::uint32_t col);
+
+}  // namespace qumbrel::ooxml

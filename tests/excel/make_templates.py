@@ -1,0 +1,128 @@
+#!/usr/bin/python3
+"""Makes the workbook templates of the engine tests with openpyxl (never with our engine),
+plus the zip edits openpyxl cannot make (a shared formula, a calculation chain, a template
+content type). Usage: make_templates.py FOLDER"""
+import os
+import re
+import sys
+import zipfile
+
+import openpyxl
+from openpyxl.styles import Font
+from openpyxl.workbook.defined_name import DefinedName
+
+folder = sys.argv[1]
+
+
+def add_name(wb, name, ref, local=None, hidden=False):
+    d = DefinedName(name, attr_text=ref, localSheetId=local, hidden=hidden or None)
+    wb.defined_names.append(d)
+
+
+def rezip(path, edit):
+    """Rewrites the archive at path with edit(name, bytes) -> bytes or None (drop)."""
+    with zipfile.ZipFile(path) as z:
+        items = [(i, z.read(i.filename)) for i in z.infolist()]
+    extra = edit.extra if hasattr(edit, "extra") else []
+    with zipfile.ZipFile(path + ".new", "w", zipfile.ZIP_DEFLATED) as z:
+        for info, data in items:
+            data = edit(info.filename, data)
+            if data is not None:
+                z.writestr(info.filename, data)
+        for name, data in extra:
+            z.writestr(name, data)
+    os.replace(path + ".new", path)
+
+
+# Names and scopes: sheets in a tab order unlike their creation order, quoted names.
+wb = openpyxl.Workbook()
+first = wb.active
+first.title = "Overview"
+y = wb.create_sheet("2024")
+o = wb.create_sheet("O'Brien")
+first["B1"] = "anything"
+first["B1"].font = Font(bold=True)
+first.column_dimensions["C"].number_format = "0.000"
+add_name(wb, "filename", "Overview!$B$1")
+add_name(wb, "qmb2filename", "'2024'!$C$3")
+add_name(wb, "Kopffilename", "'O''Brien'!$A$1:$B$2")
+add_name(wb, "measdate", "Overview!$A$5")
+add_name(wb, "qmb2measdate", "'2024'!$B$7")
+add_name(wb, "scoped", "Overview!$D$1")
+add_name(wb, "scoped", "'2024'!$D$2", local=1)
+add_name(wb, "secret", "Overview!$E$1", hidden=True)
+add_name(wb, "broken", "#REF!")
+add_name(wb, "twoareas", "Overview!$A$1,Overview!$B$2")
+add_name(wb, "constant", "42")
+add_name(wb, "elsewhere", "Nosuch!$A$1")
+add_name(wb, "_xlnm.Print_Area", "Overview!$A$1:$D$9", local=0)
+wb.save(os.path.join(folder, "names.xlsx"))
+
+# Formulas: a plain one on a written cell, a shared one whose master is written, a
+# calculation chain; saved as a template (.xltx).
+wb = openpyxl.Workbook()
+s = wb.active
+s.title = "Data"
+for r in range(5, 8):
+    s.cell(row=r, column=1, value=r)
+    s.cell(row=r, column=4, value=r * 2)
+s["B2"] = "=SUM(A5:A7)"
+s["F1"] = "untouched"
+s["F1"].font = Font(italic=True)
+add_name(wb, "total", "Data!$B$2")
+add_name(wb, "master", "Data!$D$5")
+wb.template = True
+wb.save(os.path.join(folder, "formulas.xltx"))
+
+
+def formulas_edit(name, data):
+    if name == "xl/worksheets/sheet1.xml":
+        text = data.decode()
+        text = re.sub(r'<c r="D5"([^>]*)><v>10</v></c>',
+                      r'<c r="D5"\1><f t="shared" ref="D5:D7" si="0">A5*2</f><v>10</v></c>', text)
+        for r, v in ((6, 12), (7, 14)):
+            text = re.sub(r'<c r="D%d"([^>]*)><v>%d</v></c>' % (r, v),
+                          r'<c r="D%d"\1><f t="shared" si="0"/><v>%d</v></c>' % (r, v), text)
+        return text.encode()
+    if name == "xl/_rels/workbook.xml.rels":
+        return data.replace(b"</Relationships>",
+                            b'<Relationship Id="rIdCalc" Type="http://schemas.openxmlformats.org/'
+                            b'officeDocument/2006/relationships/calcChain" Target="calcChain.xml"/>'
+                            b"</Relationships>")
+    if name == "[Content_Types].xml":
+        return data.replace(b"</Types>",
+                            b'<Override PartName="/xl/calcChain.xml" ContentType="application/'
+                            b'vnd.openxmlformats-officedocument.spreadsheetml.calcChain+xml"/>'
+                            b"</Types>")
+    return data
+
+
+formulas_edit.extra = [("xl/calcChain.xml",
+                        b'<?xml version="1.0" encoding="UTF-8" standalone="yes"?>\n'
+                        b'<calcChain xmlns="http://schemas.openxmlformats.org/spreadsheetml/'
+                        b'2006/main"><c r="B2" i="1"/><c r="D5" i="1"/></calcChain>')]
+rezip(os.path.join(folder, "formulas.xltx"), formulas_edit)
+
+# Prefixed XML and cells without "r": the same workbook with x: on every element.
+wb = openpyxl.Workbook()
+s = wb.active
+s.title = "Sheet1"
+s["A1"] = "a"
+s["B1"] = 2
+s["A3"] = "c"
+add_name(wb, "target", "Sheet1!$B$2")
+wb.save(os.path.join(folder, "prefixed.xlsx"))
+
+
+def prefix_edit(name, data):
+    if name == "xl/worksheets/sheet1.xml":
+        text = data.decode()
+        text = re.sub(r"<(/?)([a-zA-Z]+)([ />])", r"<\1x:\2\3", text)
+        text = text.replace('xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main"',
+                            'xmlns:x="http://schemas.openxmlformats.org/spreadsheetml/2006/main"')
+        text = re.sub(r' r="[A-Z]+[0-9]+"', "", text)  # cells counted, not addressed
+        return text.encode()
+    return data
+
+
+rezip(os.path.join(folder, "prefixed.xlsx"), prefix_edit)

@@ -1,0 +1,257 @@
+// The native workbook engine over templates made by openpyxl (tests/excel/make_templates.py),
+// results read back by openpyxl and checked on their XML: names and scopes, values with
+// their styles, formulas and the calculation chain, template types, prefixed XML and cells
+// without addresses, parts left untouched byte for byte, and hostile packages.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <regex>
+#include <string>
+
+#include "excel/ooxml/sheet_filler.h"
+#include "excel/ooxml/workbook.h"
+#include "excel/ooxml/xml_text.h"
+#include "tests/support/test_support.h"
+
+namespace qumbrel::ooxml {
+namespace {
+
+std::string shell_quote(const std::string& s) {
+    return "'" + s + "'";
+}
+
+class Ooxml : public ::testing::Test {
+  protected:
+    static void SetUpTestSuite() {
+        if (std::system("/usr/bin/python3 -c 'import openpyxl' 2>/dev/null") != 0) return;
+        made_ =
+            std::system(("/usr/bin/python3 " QUMBREL_SOURCE_DIR "/tests/excel/make_templates.py " +
+                         shell_quote(folder().file("")))
+                            .c_str()) == 0;
+    }
+    void SetUp() override {
+        if (!made_) GTEST_SKIP() << "python3-openpyxl is needed to make the templates";
+    }
+    static const testing::TempDir& folder() {
+        static testing::TempDir dir;
+        return dir;
+    }
+    static std::string path(const std::string& name) { return folder().file(name); }
+    // What openpyxl reads: "sheet\tcell\ttype\tvalue\tformat\tbold" lines.
+    static std::string read_back(const std::string& file) {
+        const std::string out = path("readback.txt");
+        const std::string cmd = "/usr/bin/python3 " QUMBREL_SOURCE_DIR
+                                "/tests/excel/read_back.py " +
+                                shell_quote(file) + " > " + shell_quote(out) + " 2>&1";
+        EXPECT_EQ(std::system(cmd.c_str()), 0) << testing::read_file(out);
+        return testing::read_file(out);
+    }
+    static std::string part(const std::string& file, const std::string& name) {
+        return ZipPackage::open(file).read(name);
+    }
+
+    static inline bool made_ = false;
+};
+
+// Rows ascending, cells ascending within their row, every cell addressed inside its own
+// row: what Excel needs and the outside readers do not check.
+void expect_ordered(const std::string& sheetXml) {
+    const std::regex cell(R"re(<(?:\w+:)?(row|c) r="([A-Z]*)(\d+)")re");
+    std::uint64_t row = 0, lastCol = 0;
+    for (auto it = std::sregex_iterator(sheetXml.begin(), sheetXml.end(), cell);
+         it != std::sregex_iterator(); ++it) {
+        const std::uint64_t r = std::stoull((*it)[3]);
+        if ((*it)[1] == "row") {
+            EXPECT_GT(r, row) << "rows out of order";
+            row = r;
+            lastCol = 0;
+            continue;
+        }
+        std::uint64_t col = 0;
+        for (const char ch : std::string((*it)[2]))
+            col = col * 26 + static_cast<unsigned>(ch - 'A' + 1);
+        EXPECT_EQ(r, row) << "cell in the wrong row";
+        EXPECT_GT(col, lastCol) << "cells out of order in row " << row;
+        lastCol = col;
+    }
+}
+
+TEST(OoxmlReference, FormsOfOneCellOrAreaOnly) {
+    std::string sheet;
+    CellAddress c;
+    ASSERT_TRUE(parse_reference("Sheet1!$B$3", sheet, c));
+    EXPECT_EQ(sheet, "Sheet1");
+    EXPECT_EQ(std::pair(c.row, c.col), std::pair(3u, 2u));
+    ASSERT_TRUE(parse_reference("'O''Brien'!AB12:AC13", sheet, c));
+    EXPECT_EQ(sheet, "O'Brien");
+    EXPECT_EQ(std::pair(c.row, c.col), std::pair(12u, 28u));
+    for (const char* bad :
+         {"#REF!", "Sheet1!#REF!", "42", "\"abc\"", "SUM(A1:A2)", "Sheet1!$A$1,Sheet1!$B$2",
+          "Sheet1:Sheet2!$B$5", "Sheet1!$G:$G", "Sheet1!$10:$10", "[1]Sheet1!$A$1", "Sheet1!XFE1",
+          "Sheet1!A1048577", "'unclosed!A1"})
+        EXPECT_FALSE(parse_reference(bad, sheet, c)) << bad;
+}
+
+TEST(OoxmlText, EscapesForXmlAndExcel) {
+    EXPECT_EQ(xml_text("a < b & c > d \"q\""), "a &lt; b &amp; c &gt; d \"q\"");
+    EXPECT_EQ(xml_attribute("\"x\"\n"), "&quot;x&quot;_x000A_");
+    EXPECT_EQ(xml_text(std::string("\x01line\r\n", 7)), "_x0001_line_x000D_\n");
+    EXPECT_EQ(xml_text("_x0041_"), "_x005F_x0041_");  // reads back as written
+    EXPECT_EQ(xml_text("\xEF\xBF\xBE"), "_xFFFE_");
+    EXPECT_EQ(xml_text("\xC3\xA4"), "\xC3\xA4");  // ä stays
+    EXPECT_TRUE(needs_preserve(" lead"));
+    EXPECT_TRUE(needs_preserve("two\nlines"));
+    EXPECT_FALSE(needs_preserve("plain"));
+    EXPECT_EQ(column_letters(1), "A");
+    EXPECT_EQ(column_letters(28), "AB");
+    EXPECT_EQ(column_letters(16384), "XFD");
+}
+
+TEST_F(Ooxml, NamesScopesAndWhatIsSkipped) {
+    const Workbook book = Workbook::open(path("names.xlsx"));
+    ASSERT_EQ(book.sheets().size(), 3u);
+    EXPECT_EQ(book.sheets()[2].name, "O'Brien");
+    EXPECT_EQ(book.sheet_by_name("o'brien"), 2u);
+    const auto skipped = [&book](const std::string& name) {
+        for (const auto& d : book.names())
+            if (d.name == name) return d.skipped;
+        return std::string("absent");
+    };
+    EXPECT_EQ(skipped("secret"), "hidden");
+    EXPECT_NE(skipped("broken").find("no single cell"), std::string::npos);
+    EXPECT_NE(skipped("twoareas").find("no single cell"), std::string::npos);
+    EXPECT_NE(skipped("constant").find("no single cell"), std::string::npos);
+    EXPECT_NE(skipped("elsewhere").find("Nosuch"), std::string::npos);
+    EXPECT_NE(skipped("_xlnm.Print_Area").find("built-in"), std::string::npos);
+
+    const DefinedName* k = book.find_name("Kopffilename", 0);
+    ASSERT_NE(k, nullptr);
+    EXPECT_EQ(k->sheet, 2u);
+    EXPECT_EQ(std::pair(k->cell.row, k->cell.col), std::pair(1u, 1u));
+    // On the second sheet its own "scoped" wins; elsewhere the global one.
+    EXPECT_EQ(book.find_name("SCOPED", 1)->sheet, 1u);
+    EXPECT_EQ(book.find_name("scoped", 0)->sheet, 0u);
+    EXPECT_EQ(book.find_name("scoped", 2)->sheet, 0u);
+    EXPECT_EQ(book.find_name("secret", 0), nullptr);
+    EXPECT_EQ(book.find_name("nothing", 0), nullptr);
+}
+
+TEST_F(Ooxml, ValuesKeepStylesAndUntouchedPartsStayByteForByte) {
+    Workbook book = Workbook::open(path("names.xlsx"));
+    book.set(0, 1, 2, std::string("a.oge"));               // bold B1 stays bold
+    book.set(0, 4, 3, 1.5);                                // column C has 0.000
+    book.set(0, 5, 1, std::string("  two\nlines & <x>"));  // a new row
+    book.set(0, 5, 1, std::string("last wins"));
+    book.set(0, 3, 4, std::nan(""));  // no reader takes NaN: left empty
+    book.set(1, 7, 2, 45000.25);
+    book.set(0, kMaxRows + 1, 1, 1.0);  // beyond the last row: dropped
+    const SaveReport r = book.save_as(path("names_out.xlsx"));
+    EXPECT_EQ(r.cellsDropped, 1u);
+    EXPECT_FALSE(r.formulasOverwritten);
+
+    const std::string back = read_back(path("names_out.xlsx"));
+    EXPECT_NE(back.find("Overview\tB1\ts\t'a.oge'\tGeneral\tTrue"), std::string::npos) << back;
+    EXPECT_NE(back.find("Overview\tC4\tn\t1.5\t0.000\tFalse"), std::string::npos) << back;
+    EXPECT_NE(back.find("Overview\tA5\ts\t'last wins'"), std::string::npos) << back;
+    EXPECT_NE(back.find("2024\tB7\tn\t45000.25"), std::string::npos) << back;
+    EXPECT_EQ(back.find("D3"), std::string::npos);
+
+    const std::string sheet = part(path("names_out.xlsx"), "xl/worksheets/sheet1.xml");
+    expect_ordered(sheet);
+    EXPECT_NE(sheet.find("<dimension ref=\"A1:D5\"/>"), std::string::npos) << sheet;
+    // The third sheet, the styles and the workbook part are the template's own bytes.
+    for (const char* p :
+         {"xl/worksheets/sheet3.xml", "xl/styles.xml", "xl/workbook.xml", "[Content_Types].xml"})
+        EXPECT_EQ(part(path("names_out.xlsx"), p), part(path("names.xlsx"), p)) << p;
+}
+
+TEST_F(Ooxml, FormulasCalcChainAndTheTemplateType) {
+    Workbook book = Workbook::open(path("formulas.xltx"));
+    const DefinedName* total = book.find_name("total", 0);
+    const DefinedName* master = book.find_name("master", 0);
+    ASSERT_TRUE(total && master);
+    book.set(0, total->cell.row, total->cell.col, 99.0);
+    book.set(0, master->cell.row, master->cell.col, std::string("replaced"));
+    const SaveReport r = book.save_as(path("formulas_out.xlsx"));
+    EXPECT_TRUE(r.formulasOverwritten);
+    ASSERT_EQ(r.warnings.size(), 2u);  // D6 and D7 shared the master's formula
+    EXPECT_NE(r.warnings[0].find("D6"), std::string::npos);
+
+    const ZipPackage out = ZipPackage::open(path("formulas_out.xlsx"));
+    EXPECT_FALSE(out.has("xl/calcChain.xml"));
+    EXPECT_EQ(out.read("xl/_rels/workbook.xml.rels").find("calcChain"), std::string::npos);
+    const std::string types = out.read("[Content_Types].xml");
+    EXPECT_EQ(types.find("calcChain"), std::string::npos);
+    EXPECT_NE(types.find("spreadsheetml.sheet.main+xml"), std::string::npos);
+    EXPECT_EQ(types.find("template.main+xml"), std::string::npos);
+    EXPECT_NE(out.read("xl/workbook.xml").find("fullCalcOnLoad=\"1\""), std::string::npos);
+    const std::string sheet = out.read("xl/worksheets/sheet1.xml");
+    EXPECT_EQ(sheet.find("<f"), std::string::npos) << sheet;  // no formula left half-shared
+    expect_ordered(sheet);
+
+    const std::string back = read_back(path("formulas_out.xlsx"));
+    EXPECT_NE(back.find("Data\tB2\tn\t99"), std::string::npos) << back;
+    EXPECT_NE(back.find("Data\tD5\ts\t'replaced'"), std::string::npos) << back;
+    EXPECT_NE(back.find("Data\tD6\tn\t12"), std::string::npos) << back;
+    EXPECT_NE(back.find("Data\tF1\ts\t'untouched'"), std::string::npos) << back;
+}
+
+TEST_F(Ooxml, PrefixedXmlAndCellsWithoutAddresses) {
+    Workbook book = Workbook::open(path("prefixed.xlsx"));
+    const DefinedName* t = book.find_name("target", 0);
+    ASSERT_NE(t, nullptr);
+    book.set(0, t->cell.row, t->cell.col, 7.0);
+    book.set(0, 1, 2, std::string("over"));  // B1, counted from A1 in its row
+    book.save_as(path("prefixed_out.xlsx"));
+    const std::string sheet = part(path("prefixed_out.xlsx"), "xl/worksheets/sheet1.xml");
+    EXPECT_NE(sheet.find("<x:c r=\"B2\"><x:v>7</x:v></x:c>"), std::string::npos) << sheet;
+    EXPECT_NE(sheet.find("<x:dimension ref=\"A1:B3\"/>"), std::string::npos) << sheet;
+    const std::string back = read_back(path("prefixed_out.xlsx"));
+    EXPECT_NE(back.find("Sheet1\tA1\ts\t'a'"), std::string::npos) << back;
+    EXPECT_NE(back.find("Sheet1\tB1\ts\t'over'"), std::string::npos) << back;
+    EXPECT_NE(back.find("Sheet1\tA3\ts\t'c'"), std::string::npos) << back;
+}
+
+TEST_F(Ooxml, HostilePackagesAreRefusedWithAReason) {
+    const auto refused = [](const std::string& file) -> std::string {
+        try {
+            Workbook::open(file);
+        } catch (const PackageError& e) {
+            return e.what();
+        }
+        return {};
+    };
+    testing::write_file(path("text.xlsx"), "not a workbook");
+    EXPECT_NE(refused(path("text.xlsx")).find("no workbook"), std::string::npos);
+    testing::write_file(path("cfb.xlsx"), std::string("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8));
+    EXPECT_NE(refused(path("cfb.xlsx")).find("encrypted or legacy"), std::string::npos);
+    EXPECT_NE(refused(path("missing.xlsx")).find("cannot open"), std::string::npos);
+
+    // Zip edits by Python's zipfile: a part that climbs out, no workbook, broken XML.
+    const std::string script =
+        "import zipfile,sys\n"
+        "src=zipfile.ZipFile(sys.argv[1])\n"
+        "def make(name, edit):\n"
+        "  with zipfile.ZipFile(name,'w') as z:\n"
+        "    for i in src.infolist():\n"
+        "      d=edit(i.filename, src.read(i.filename))\n"
+        "      if d is not None: z.writestr(i.filename, d)\n"
+        "    if name.endswith('climb.xlsx'): z.writestr('../evil.txt', b'x')\n"
+        "make(sys.argv[2]+'/climb.xlsx', lambda n,d: d)\n"
+        "make(sys.argv[2]+'/nobook.xlsx', lambda n,d: None if n=='xl/workbook.xml' else d)\n"
+        "make(sys.argv[2]+'/badxml.xlsx', lambda n,d: b'<workbook><sheets>' if "
+        "n=='xl/workbook.xml' else d)\n";
+    testing::write_file(path("hostile.py"), script);
+    ASSERT_EQ(std::system(("/usr/bin/python3 " + shell_quote(path("hostile.py")) + " " +
+                           shell_quote(path("names.xlsx")) + " " + shell_quote(path("")))
+                              .c_str()),
+              0);
+    EXPECT_NE(refused(path("climb.xlsx")).find("unsafe"), std::string::npos);
+    EXPECT_NE(refused(path("nobook.xlsx")).find("missing"), std::string::npos);
+    EXPECT_NE(refused(path("badxml.xlsx")).find("no well-formed XML"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace qumbrel::ooxml

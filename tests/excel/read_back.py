@@ -1,0 +1,15 @@
+#!/usr/bin/python3
+"""Prints every cell openpyxl reads from a workbook: sheet, cell, type, value, number
+format, bold. Usage: read_back.py FILE"""
+import sys
+
+import openpyxl
+
+wb = openpyxl.load_workbook(sys.argv[1])
+for ws in wb.worksheets:
+    for row in ws.iter_rows():
+        for c in row:
+            if c.value is None:
+                continue
+            print("%s\t%s\t%s\t%r\t%s\t%s" % (ws.title, c.coordinate, c.data_type, c.value,
+                                            c.number_format, bool(c.font and c.font.b)))
