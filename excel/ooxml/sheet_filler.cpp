@@ -9,6 +9,7 @@
 
 #include "excel/ooxml/workbook.h"
 #include "excel/ooxml/xml_nodes.h"
+#include "excel/ooxml/xml_scan.h"
 #include "excel/ooxml/xml_text.h"
 
 namespace qumbrel::ooxml {
@@ -17,42 +18,6 @@ namespace {
 
 // Excel's limit of a cell's text.
 constexpr std::size_t kMaxCellText = 32767;
-
-struct Tag {
-    std::size_t start = std::string::npos;  // '<'
-    std::size_t end = 0;                    // behind '>'
-    bool selfClosing = false;
-    std::string prefix;  // "x:" or ""
-    bool found() const { return start != std::string::npos; }
-};
-
-bool name_char(char c) {
-    return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '-' || c == '.';
-}
-
-// The first start tag of an element with local name `local` from `from`.
-Tag find_start(const std::string& xml, std::string_view local, std::size_t from) {
-    Tag t;
-    for (std::size_t at = xml.find(local, from); at != std::string::npos;
-         at = xml.find(local, at + 1)) {
-        const std::size_t after = at + local.size();
-        if (after >= xml.size() || name_char(xml[after]) || xml[after] == ':') continue;
-        std::size_t begin = at;
-        if (begin > 0 && xml[begin - 1] == ':') {
-            --begin;
-            while (begin > 0 && name_char(xml[begin - 1])) --begin;
-        }
-        if (begin == 0 || xml[begin - 1] != '<') continue;
-        t.start = begin - 1;
-        t.prefix = xml.substr(begin, at - begin);
-        const std::size_t close = xml.find('>', after);
-        if (close == std::string::npos) return Tag{};
-        t.end = close + 1;
-        t.selfClosing = xml[close - 1] == '/';
-        return t;
-    }
-    return t;
-}
 
 bool parse_address(std::string_view r, std::uint32_t& row, std::uint32_t& col) {
     std::uint64_t c = 0, w = 0;
@@ -316,21 +281,11 @@ std::string SheetFiller::fill(std::vector<Cell>& cells) {
     // A true dimension: readers that trust it (pandas through openpyxl) read no further.
     const std::string dimension = "<" + P + "dimension ref=\"" + bounds.ref() + "\"/>";
     if (const Tag d = find_start(head, "dimension", 0); d.found()) {
-        std::size_t end = d.end;
-        if (!d.selfClosing) {
-            const std::string close = "</" + d.prefix + "dimension>";
-            const std::size_t at = head.find(close, d.end);
-            if (at != std::string::npos) end = at + close.size();
-        }
-        head.replace(d.start, end - d.start, dimension);
+        const std::size_t end = element_end(head, d, "dimension");
+        head.replace(d.start, (end == std::string::npos ? d.end : end) - d.start, dimension);
     } else if (const Tag pr = find_start(head, "sheetPr", 0); pr.found()) {
-        std::size_t end = pr.end;
-        if (!pr.selfClosing) {
-            const std::string close = "</" + pr.prefix + "sheetPr>";
-            const std::size_t at = head.find(close, pr.end);
-            if (at != std::string::npos) end = at + close.size();
-        }
-        head.insert(end, dimension);
+        const std::size_t end = element_end(head, pr, "sheetPr");
+        head.insert(end == std::string::npos ? pr.end : end, dimension);
     } else if (const Tag ws = find_start(head, "worksheet", 0); ws.found()) {
         head.insert(ws.end, dimension);
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
+#include "excel/ooxml/comments.h"
 #include "excel/ooxml/package_parts.h"
 #include "excel/ooxml/sheet_filler.h"
 #include "excel/ooxml/xml_nodes.h"
@@ -119,6 +120,7 @@ void Workbook::read_structure() {
         sheets_.push_back(std::move(sheet));
     }
     writes_.resize(sheets_.size());
+    uncommented_.resize(sheets_.size());
 
     for (pugi::xml_node n = child_named(child_named(workbook, "definedNames"), "definedName"); n;
          n = n.next_sibling()) {
@@ -187,6 +189,12 @@ void Workbook::set(std::size_t sheet, std::uint32_t row, std::uint32_t col, Cell
     writes_[sheet].push_back(w);
 }
 
+void Workbook::delete_comment(std::size_t sheet, std::uint32_t row, std::uint32_t col) {
+    if (sheet >= uncommented_.size())
+        throw PackageError("no sheet number " + std::to_string(sheet + 1));
+    uncommented_[sheet].push_back({row, col});
+}
+
 SaveReport Workbook::save_as(const std::string& out) const {
     SaveReport report;
     std::map<std::string, std::string> replaced;
@@ -212,6 +220,11 @@ SaveReport Workbook::save_as(const std::string& out) const {
         if (filler.formulas_overwritten()) report.formulasOverwritten = true;
         for (const auto& w : filler.warnings())
             report.warnings.push_back(sheets_[s].name + ": " + w);
+    }
+    for (std::size_t s = 0; s < sheets_.size(); ++s) {
+        if (uncommented_[s].empty() || !sheets_[s].worksheet) continue;
+        report.notesDeleted +=
+            delete_comments(package_, sheets_[s].part, uncommented_[s], replaced, removed);
     }
     adjust_package(package_, workbookPart_, out, report.formulasOverwritten, replaced, removed);
     package_.save_as(out, replaced, removed);

@@ -51,6 +51,7 @@ using CellInput = std::variant<std::monostate, double, std::string>;
 struct SaveReport {
     std::size_t cellsWritten = 0;
     std::size_t cellsDropped = 0;  // beyond the sheet's last row or column
+    std::size_t notesDeleted = 0;
     bool formulasOverwritten = false;
     std::vector<std::string> warnings;
 };
@@ -70,6 +71,10 @@ class Workbook {
     // Writes are kept compactly and applied at the save; a later write to the same cell
     // wins. `sheet` is a tab position of a worksheet.
     void set(std::size_t sheet, std::uint32_t row, std::uint32_t col, CellInput value);
+
+    // Deletes the cell's comment (legacy note or thread) at the save; a cell without one
+    // is no error.
+    void delete_comment(std::size_t sheet, std::uint32_t row, std::uint32_t col);
 
     // A new package at `out`; its workbook type follows out's extension (.xlsx, .xlsm).
     SaveReport save_as(const std::string& out) const;
@@ -91,7 +96,8 @@ class Workbook {
     std::string workbookPart_;
     std::vector<Sheet> sheets_;
     std::vector<DefinedName> names_;
-    std::vector<std::vector<Write>> writes_;  // by tab position
+    std::vector<std::vector<Write>> writes_;             // by tab position
+    std::vector<std::vector<CellAddress>> uncommented_;  // by tab position
     std::vector<std::string> texts_;
     std::uint32_t order_ = 0;
 

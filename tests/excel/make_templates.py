@@ -126,3 +126,44 @@ def prefix_edit(name, data):
 
 
 rezip(os.path.join(folder, "prefixed.xlsx"), prefix_edit)
+
+# Notes on B1 and C3 (openpyxl's legacy comments with VML), and a threaded comment on D4
+# with its person, added by hand as Excel 365 writes them.
+from openpyxl.comments import Comment
+
+wb = openpyxl.Workbook()
+s = wb.active
+s.title = "Notes"
+s["B1"] = "named"
+s["B1"].comment = Comment("describes B1", "author")
+s["C3"].comment = Comment("describes C3", "author")
+add_name(wb, "described", "Notes!$B$1")
+wb.save(os.path.join(folder, "notes.xlsx"))
+
+THREAD_TYPE = "http://schemas.microsoft.com/office/2017/10/relationships/threadedComment"
+
+
+def thread_edit(name, data):
+    if name == "xl/worksheets/_rels/sheet1.xml.rels":
+        return data.replace(b"</Relationships>",
+                            b'<Relationship Id="rIdT" Type="' + THREAD_TYPE.encode() +
+                            b'" Target="../threadedComments/threadedComment1.xml"/>'
+                            b"</Relationships>")
+    if name == "[Content_Types].xml":
+        return data.replace(b"</Types>",
+                            b'<Override PartName="/xl/threadedComments/threadedComment1.xml" '
+                            b'ContentType="application/vnd.ms-excel.threadedcomments+xml"/>'
+                            b"</Types>")
+    return data
+
+
+thread_edit.extra = [("xl/threadedComments/threadedComment1.xml",
+                      b'<?xml version="1.0" encoding="UTF-8" standalone="yes"?>\n'
+                      b'<ThreadedComments xmlns="http://schemas.microsoft.com/office/'
+                      b'spreadsheetml/2018/threadedcomments">'
+                      b'<threadedComment ref="D4" dT="2024-03-05T10:00:00.00" personId="{P1}" '
+                      b'id="{T1}"><text>thread on D4</text></threadedComment>'
+                      b'<threadedComment ref="D4" dT="2024-03-05T10:01:00.00" personId="{P1}" '
+                      b'id="{T2}" parentId="{T1}"><text>a reply</text></threadedComment>'
+                      b'</ThreadedComments>')]
+rezip(os.path.join(folder, "notes.xlsx"), thread_edit)

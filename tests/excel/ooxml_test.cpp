@@ -214,6 +214,46 @@ TEST_F(Ooxml, PrefixedXmlAndCellsWithoutAddresses) {
     EXPECT_NE(back.find("Sheet1\tA3\ts\t'c'"), std::string::npos) << back;
 }
 
+TEST_F(Ooxml, CommentsOfFilledCellsGoWithAllTheirParts) {
+    // One note deleted: the other stays, in both of its parts.
+    Workbook one = Workbook::open(path("notes.xlsx"));
+    const DefinedName* d = one.find_name("described", 0);
+    ASSERT_NE(d, nullptr);
+    one.set(0, d->cell.row, d->cell.col, std::string("value"));
+    one.delete_comment(0, d->cell.row, d->cell.col);
+    one.delete_comment(0, 9, 9);  // a cell without a comment is no error
+    EXPECT_EQ(one.save_as(path("notes_one.xlsx")).notesDeleted, 1u);
+    std::string back = read_back(path("notes_one.xlsx"));
+    EXPECT_EQ(back.find("B1\tcomment"), std::string::npos) << back;
+    EXPECT_NE(back.find("Notes\tC3\tcomment\tdescribes C3"), std::string::npos) << back;
+    const ZipPackage p1 = ZipPackage::open(path("notes_one.xlsx"));
+    const std::string vml = p1.read(p1.find("xl/drawings/commentsDrawing1.vml"));
+    EXPECT_EQ(vml.find("<ns2:Row>0</ns2:Row>"), std::string::npos);
+    EXPECT_NE(vml.find("<ns2:Row>2</ns2:Row>"), std::string::npos);
+    EXPECT_TRUE(p1.has("xl/threadedComments/threadedComment1.xml"));
+
+    // Every comment deleted: the parts, their relationships, overrides and the sheet's
+    // <legacyDrawing> go; the thread goes with its reply.
+    Workbook all = Workbook::open(path("notes.xlsx"));
+    for (const auto& [row, col] : {std::pair(1u, 2u), std::pair(3u, 3u), std::pair(4u, 4u)})
+        all.delete_comment(0, row, col);
+    EXPECT_EQ(all.save_as(path("notes_all.xlsx")).notesDeleted, 2u);
+    const ZipPackage p2 = ZipPackage::open(path("notes_all.xlsx"));
+    for (const char* gone : {"xl/comments/comment1.xml", "xl/drawings/commentsDrawing1.vml",
+                             "xl/threadedComments/threadedComment1.xml"})
+        EXPECT_FALSE(p2.has(gone)) << gone;
+    const std::string rels = p2.read("xl/worksheets/_rels/sheet1.xml.rels");
+    EXPECT_EQ(rels.find("comment"), std::string::npos) << rels;
+    EXPECT_EQ(rels.find("vml"), std::string::npos) << rels;
+    const std::string types = p2.read("[Content_Types].xml");
+    EXPECT_EQ(types.find("threadedcomments"), std::string::npos);
+    EXPECT_EQ(types.find("comments+xml"), std::string::npos);
+    EXPECT_EQ(p2.read("xl/worksheets/sheet1.xml").find("legacyDrawing"), std::string::npos);
+    back = read_back(path("notes_all.xlsx"));
+    EXPECT_EQ(back.find("comment"), std::string::npos) << back;
+    EXPECT_NE(back.find("Notes\tB1\ts\t'named'"), std::string::npos) << back;
+}
+
 TEST_F(Ooxml, HostilePackagesAreRefusedWithAReason) {
     const auto refused = [](const std::string& file) -> std::string {
         try {

@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Prints every cell openpyxl reads from a workbook: sheet, cell, type, value, number
-format, bold. Usage: read_back.py FILE"""
+format, bold; and a line "sheet, cell, comment, text" for each comment.
+Usage: read_back.py FILE"""
 import sys
 
 import openpyxl
@@ -9,6 +10,8 @@ wb = openpyxl.load_workbook(sys.argv[1])
 for ws in wb.worksheets:
     for row in ws.iter_rows():
         for c in row:
+            if c.comment is not None:
+                print("%s\t%s\tcomment\t%s" % (ws.title, c.coordinate, c.comment.text))
             if c.value is None:
                 continue
             print("%s\t%s\t%s\t%r\t%s\t%s" % (ws.title, c.coordinate, c.data_type, c.value,
