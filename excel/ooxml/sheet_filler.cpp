@@ -84,20 +84,19 @@ std::string column_letters(std::uint32_t col) {
 SheetFiller::SheetFiller(std::string xml, std::string part)
     : xml_(std::move(xml)), part_(std::move(part)) {}
 
-std::string SheetFiller::fill(std::vector<Cell>& cells) {
+std::string SheetFiller::fill(std::vector<Cell>& cells, const std::vector<std::string>& texts) {
     std::sort(cells.begin(), cells.end(), [](const Cell& a, const Cell& b) {
         return a.row != b.row ? a.row < b.row : a.col != b.col ? a.col < b.col : a.order < b.order;
     });
-    // Of several writes to one cell the last stands.
-    std::vector<Cell> last;
-    last.reserve(cells.size());
+    // Of several writes to one cell the last stands; compacted in place.
+    std::size_t kept = 0;
     for (std::size_t i = 0; i < cells.size(); ++i) {
         if (i + 1 < cells.size() && cells[i + 1].row == cells[i].row &&
             cells[i + 1].col == cells[i].col)
             continue;
-        last.push_back(cells[i]);
+        cells[kept++] = cells[i];
     }
-    cells.swap(last);
+    cells.resize(kept);
 
     const Tag data = find_start(xml_, "sheetData", 0);
     if (!data.found()) throw PackageError(part_ + ": no <sheetData>");
@@ -168,7 +167,8 @@ std::string SheetFiller::fill(std::vector<Cell>& cells) {
                      [](const OldRow& a, const OldRow& b) { return a.number < b.number; });
 
     const auto written = [&cells](std::uint32_t row, std::uint32_t col) {
-        return std::binary_search(cells.begin(), cells.end(), Cell{row, col, 0, 0, 0, nullptr},
+        return std::binary_search(cells.begin(), cells.end(),
+                                  Cell{row, 0, static_cast<std::uint16_t>(col), 0, 0.0},
                                   [](const Cell& a, const Cell& b) {
                                       return a.row != b.row ? a.row < b.row : a.col < b.col;
                                   });
@@ -198,22 +198,41 @@ std::string SheetFiller::fill(std::vector<Cell>& cells) {
         }
     }
 
+    // The true dimension first, so the part can be written in one pass.
     Bounds bounds;
+    for (const OldRow& o : old)
+        for (const auto& [col, c] : o.cells) bounds.add(o.number, col);
+    for (const Cell& w : cells) bounds.add(w.row, w.col);
+    const std::string dimension = "<" + P + "dimension ref=\"" + bounds.ref() + "\"/>";
+    if (const Tag d = find_start(head, "dimension", 0); d.found()) {
+        const std::size_t end = element_end(head, d, "dimension");
+        head.replace(d.start, (end == std::string::npos ? d.end : end) - d.start, dimension);
+    } else if (const Tag pr = find_start(head, "sheetPr", 0); pr.found()) {
+        const std::size_t end = element_end(head, pr, "sheetPr");
+        head.insert(end == std::string::npos ? pr.end : end, dimension);
+    } else if (const Tag ws = find_start(head, "worksheet", 0); ws.found()) {
+        head.insert(ws.end, dimension);
+    }
+
+    // Capacity is only address space until written: a generous guess costs no memory,
+    // a short one a copy of everything written so far.
     std::string body;
-    body.reserve(inner.size() + cells.size() * 40);
+    body.reserve(head.size() + inner.size() + tail.size() + cells.size() * 48 + 64);
+    body += head;
+    body += "<" + P + "sheetData>";
     char number[32];
     const auto cell_xml = [&](const Cell& w, const std::string& style) {
         const std::string ref = column_letters(w.col) + std::to_string(w.row);
         body += "<" + P + "c r=\"" + ref + "\"";
         if (!style.empty()) body += " s=\"" + xml_attribute(style) + "\"";
-        if (w.kind == 1 && std::isfinite(w.number)) {
-            const auto end = std::to_chars(number, number + sizeof number, w.number).ptr;
+        if (w.kind == 1 && std::isfinite(w.value)) {
+            const auto end = std::to_chars(number, number + sizeof number, w.value).ptr;
             body += "><" + P + "v>";
             body.append(number, end);
             body += "</" + P + "v></" + P + "c>";
-        } else if (w.kind == 2 && w.text) {
+        } else if (w.kind == 2 && w.value >= 0 && w.value < static_cast<double>(texts.size())) {
             bool cut = false;
-            const std::string_view text = cell_text(*w.text, cut);
+            const std::string_view text = cell_text(texts[static_cast<std::size_t>(w.value)], cut);
             if (cut) warnings_.push_back("text of " + ref + " cut to 32,767 characters");
             body += " t=\"inlineStr\"><" + P + "is><" + P + "t";
             if (needs_preserve(text)) body += " xml:space=\"preserve\"";
@@ -221,7 +240,6 @@ std::string SheetFiller::fill(std::vector<Cell>& cells) {
         } else {
             body += "/>";  // empty, or a number no reader takes (NaN, infinity)
         }
-        bounds.add(w.row, w.col);
         ++written_;
     };
     const auto row_start = [&](pugi::xml_node node, std::uint32_t number) {
@@ -251,7 +269,6 @@ std::string SheetFiller::fill(std::vector<Cell>& cells) {
         const OldRow& o = old[oi++];
         if (newRow != o.number) {  // untouched: as the template has it
             body += raw(o.node);
-            for (const auto& [col, c] : o.cells) bounds.add(o.number, col);
             continue;
         }
         const std::string rowStyle = o.node.attribute("customFormat") &&
@@ -266,7 +283,6 @@ std::string SheetFiller::fill(std::vector<Cell>& cells) {
             const std::uint32_t newCol = haveNew ? cells[next].col : kMaxColumns + 1;
             if (oldCol < newCol) {
                 body += raw(o.cells[ci].second);
-                bounds.add(o.number, oldCol);
                 ++ci;
             } else if (oldCol == newCol) {
                 cell_xml(cells[next++], o.cells[ci++].second.attribute("s").as_string());
@@ -278,25 +294,9 @@ std::string SheetFiller::fill(std::vector<Cell>& cells) {
         body += "</" + P + "row>";
     }
 
-    // A true dimension: readers that trust it (pandas through openpyxl) read no further.
-    const std::string dimension = "<" + P + "dimension ref=\"" + bounds.ref() + "\"/>";
-    if (const Tag d = find_start(head, "dimension", 0); d.found()) {
-        const std::size_t end = element_end(head, d, "dimension");
-        head.replace(d.start, (end == std::string::npos ? d.end : end) - d.start, dimension);
-    } else if (const Tag pr = find_start(head, "sheetPr", 0); pr.found()) {
-        const std::size_t end = element_end(head, pr, "sheetPr");
-        head.insert(end == std::string::npos ? pr.end : end, dimension);
-    } else if (const Tag ws = find_start(head, "worksheet", 0); ws.found()) {
-        head.insert(ws.end, dimension);
-    }
-    std::string out;
-    out.reserve(head.size() + body.size() + tail.size() + 64);
-    out += head;
-    out += "<" + P + "sheetData>";
-    out += body;
-    out += "</" + P + "sheetData>";
-    out += tail;
-    return out;
+    body += "</" + P + "sheetData>";
+    body += tail;
+    return body;
 }
 
 }  // namespace qumbrel::ooxml

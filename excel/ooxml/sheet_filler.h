@@ -20,20 +20,21 @@ namespace qumbrel::ooxml {
 
 class SheetFiller {
   public:
+    // 24 bytes: a million of them are the largest thing a fill holds beside its text.
     struct Cell {
         std::uint32_t row;
-        std::uint32_t col;
         std::uint32_t order;  // of equal cells the one with the highest order wins
-        std::uint8_t kind;    // 0 empty, 1 number, 2 text
-        double number;
-        const std::string* text;
+        std::uint16_t col;
+        std::uint8_t kind;  // 0 empty, 1 number, 2 text
+        double value;       // the number, or the text's index into the texts
     };
 
     SheetFiller(std::string xml, std::string part);
 
-    // The filled part; `cells` is sorted in place. Throws PackageError for a sheet whose
-    // XML is damaged.
-    std::string fill(std::vector<Cell>& cells);
+    // The filled part. `cells` (all within the sheet's rows and columns) is sorted and
+    // rid of overwritten writes in place; `texts` holds the text cells' texts. Throws
+    // PackageError for a sheet whose XML is damaged.
+    std::string fill(std::vector<Cell>& cells, const std::vector<std::string>& texts);
 
     std::size_t written() const { return written_; }
     bool formulas_overwritten() const { return formulasOverwritten_; }

@@ -177,13 +177,17 @@ const DefinedName* Workbook::find_name(std::string_view name, std::size_t onShee
 
 void Workbook::set(std::size_t sheet, std::uint32_t row, std::uint32_t col, CellInput value) {
     if (sheet >= writes_.size()) throw PackageError("no sheet number " + std::to_string(sheet + 1));
-    Write w{row, col, order_++, 0, 0.0, 0};
+    if (row < 1 || row > kMaxRows || col < 1 || col > kMaxColumns) {
+        ++dropped_;
+        return;
+    }
+    SheetFiller::Cell w{row, order_++, static_cast<std::uint16_t>(col), 0, 0.0};
     if (const auto* n = std::get_if<double>(&value)) {
         w.kind = 1;
-        w.number = *n;
+        w.value = *n;
     } else if (auto* t = std::get_if<std::string>(&value)) {
         w.kind = 2;
-        w.text = static_cast<std::uint32_t>(texts_.size());
+        w.value = static_cast<double>(texts_.size());
         texts_.push_back(std::move(*t));
     }
     writes_[sheet].push_back(w);
@@ -197,25 +201,15 @@ void Workbook::delete_comment(std::size_t sheet, std::uint32_t row, std::uint32_
 
 SaveReport Workbook::save_as(const std::string& out) const {
     SaveReport report;
+    report.cellsDropped = dropped_;
     std::map<std::string, std::string> replaced;
     std::set<std::string> removed;
     for (std::size_t s = 0; s < sheets_.size(); ++s) {
         if (writes_[s].empty()) continue;
         if (!sheets_[s].worksheet)
             throw PackageError("sheet " + sheets_[s].name + " is no worksheet and takes no values");
-        std::vector<SheetFiller::Cell> cells;
-        cells.reserve(writes_[s].size());
-        for (const Write& w : writes_[s]) {
-            if (w.row < 1 || w.row > kMaxRows || w.col < 1 || w.col > kMaxColumns) {
-                ++report.cellsDropped;
-                continue;
-            }
-            SheetFiller::Cell c{w.row,  w.col,    w.order,
-                                w.kind, w.number, w.kind == 2 ? &texts_[w.text] : nullptr};
-            cells.push_back(c);
-        }
         SheetFiller filler(package_.read(sheets_[s].part), sheets_[s].part);
-        replaced[sheets_[s].part] = filler.fill(cells);
+        replaced[sheets_[s].part] = filler.fill(writes_[s], texts_);
         report.cellsWritten += filler.written();
         if (filler.formulas_overwritten()) report.formulasOverwritten = true;
         for (const auto& w : filler.warnings())

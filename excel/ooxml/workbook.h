@@ -16,6 +16,7 @@
 #include <variant>
 #include <vector>
 
+#include "excel/ooxml/sheet_filler.h"
 #include "excel/ooxml/zip_package.h"
 
 namespace qumbrel::ooxml {
@@ -50,7 +51,7 @@ using CellInput = std::variant<std::monostate, double, std::string>;
 // What a save did beyond writing values.
 struct SaveReport {
     std::size_t cellsWritten = 0;
-    std::size_t cellsDropped = 0;  // beyond the sheet's last row or column
+    std::size_t cellsDropped = 0;  // beyond the sheet's last row or column (at set)
     std::size_t notesDeleted = 0;
     bool formulasOverwritten = false;
     std::vector<std::string> warnings;
@@ -69,7 +70,8 @@ class Workbook {
     const DefinedName* find_name(std::string_view name, std::size_t onSheet) const;
 
     // Writes are kept compactly and applied at the save; a later write to the same cell
-    // wins. `sheet` is a tab position of a worksheet.
+    // wins. `sheet` is a tab position of a worksheet. A cell beyond the sheet's last row
+    // or column is dropped (counted in the next save's report).
     void set(std::size_t sheet, std::uint32_t row, std::uint32_t col, CellInput value);
 
     // Deletes the cell's comment (legacy note or thread) at the save; a cell without one
@@ -80,15 +82,6 @@ class Workbook {
     SaveReport save_as(const std::string& out) const;
 
   private:
-    struct Write {
-        std::uint32_t row;
-        std::uint32_t col;
-        std::uint32_t order;  // for "the last write wins"
-        std::uint8_t kind;    // 0 empty, 1 number, 2 text
-        double number;
-        std::uint32_t text;  // index into texts_
-    };
-
     explicit Workbook(ZipPackage package) : package_(std::move(package)) {}
     void read_structure();
 
@@ -96,10 +89,12 @@ class Workbook {
     std::string workbookPart_;
     std::vector<Sheet> sheets_;
     std::vector<DefinedName> names_;
-    std::vector<std::vector<Write>> writes_;             // by tab position
+    // By tab position; sorted and compacted by a save, which keeps their meaning.
+    mutable std::vector<std::vector<SheetFiller::Cell>> writes_;
     std::vector<std::vector<CellAddress>> uncommented_;  // by tab position
     std::vector<std::string> texts_;
     std::uint32_t order_ = 0;
+    std::size_t dropped_ = 0;
 
     friend class SheetFiller;
 };
