@@ -88,13 +88,25 @@ std::string SheetFiller::fill(std::vector<Cell>& cells, const std::vector<std::s
     std::sort(cells.begin(), cells.end(), [](const Cell& a, const Cell& b) {
         return a.row != b.row ? a.row < b.row : a.col != b.col ? a.col < b.col : a.order < b.order;
     });
-    // Of several writes to one cell the last stands; compacted in place.
+    // Of several values of one cell the last stands, with the last format set on it;
+    // compacted in place.
     std::size_t kept = 0;
-    for (std::size_t i = 0; i < cells.size(); ++i) {
-        if (i + 1 < cells.size() && cells[i + 1].row == cells[i].row &&
-            cells[i + 1].col == cells[i].col)
-            continue;
-        cells[kept++] = cells[i];
+    for (std::size_t i = 0; i < cells.size();) {
+        std::size_t end = i;
+        const Cell* value = nullptr;
+        std::uint32_t style = 0;
+        while (end < cells.size() && cells[end].row == cells[i].row &&
+               cells[end].col == cells[i].col) {
+            if (cells[end].kind == kFormatOnly)
+                style = cells[end].style;
+            else
+                value = &cells[end];
+            ++end;
+        }
+        Cell merged = value ? *value : cells[end - 1];
+        if (style != 0) merged.style = style;
+        cells[kept++] = merged;
+        i = end;
     }
     cells.resize(kept);
 
@@ -167,11 +179,12 @@ std::string SheetFiller::fill(std::vector<Cell>& cells, const std::vector<std::s
                      [](const OldRow& a, const OldRow& b) { return a.number < b.number; });
 
     const auto written = [&cells](std::uint32_t row, std::uint32_t col) {
-        return std::binary_search(cells.begin(), cells.end(),
-                                  Cell{row, 0, static_cast<std::uint16_t>(col), 0, 0.0},
-                                  [](const Cell& a, const Cell& b) {
-                                      return a.row != b.row ? a.row < b.row : a.col < b.col;
-                                  });
+        const auto it = std::lower_bound(cells.begin(), cells.end(),
+                                         Cell{row, 0, 0, static_cast<std::uint16_t>(col), 0, 0.0},
+                                         [](const Cell& a, const Cell& b) {
+                                             return a.row != b.row ? a.row < b.row : a.col < b.col;
+                                         });
+        return it != cells.end() && it->row == row && it->col == col && it->kind != kFormatOnly;
     };
     // Formulas in written cells go; the cells that share a master formula keep values.
     std::set<std::string> masters;
@@ -221,8 +234,9 @@ std::string SheetFiller::fill(std::vector<Cell>& cells, const std::vector<std::s
     body += head;
     body += "<" + P + "sheetData>";
     char number[32];
-    const auto cell_xml = [&](const Cell& w, const std::string& style) {
+    const auto cell_xml = [&](const Cell& w, const std::string& present) {
         const std::string ref = column_letters(w.col) + std::to_string(w.row);
+        const std::string style = w.style != 0 ? std::to_string(w.style - 1) : present;
         body += "<" + P + "c r=\"" + ref + "\"";
         if (!style.empty()) body += " s=\"" + xml_attribute(style) + "\"";
         if (w.kind == 1 && std::isfinite(w.value)) {
@@ -284,6 +298,15 @@ std::string SheetFiller::fill(std::vector<Cell>& cells, const std::vector<std::s
             if (oldCol < newCol) {
                 body += raw(o.cells[ci].second);
                 ++ci;
+            } else if (oldCol == newCol && cells[next].kind == kFormatOnly) {
+                // The content stays; only the style changes.
+                pugi::xml_node cell = o.cells[ci++].second;
+                const std::string style = std::to_string(cells[next++].style - 1);
+                if (cell.attribute("s"))
+                    cell.attribute("s").set_value(style.c_str());
+                else
+                    cell.append_attribute("s").set_value(style.c_str());
+                body += raw(cell);
             } else if (oldCol == newCol) {
                 cell_xml(cells[next++], o.cells[ci++].second.attribute("s").as_string());
             } else {

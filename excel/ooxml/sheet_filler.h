@@ -6,7 +6,8 @@
 // as text, never as a DOM, so a million of them cost their text and little more.
 //
 // A written cell keeps its style; a new one takes its row's style when the row has a
-// custom format, else its column's. A formula in a written cell is removed; when it was
+// custom format, else its column's. A format set on a cell (before or after its value)
+// replaces the style and keeps the content. A formula in a written cell is removed; when it was
 // the master of a shared formula, the cells sharing it keep their last values (a
 // warning says so).
 //
@@ -24,10 +25,12 @@ class SheetFiller {
     struct Cell {
         std::uint32_t row;
         std::uint32_t order;  // of equal cells the one with the highest order wins
+        std::uint32_t style;  // a cell format index + 1 set on the cell; 0 none
         std::uint16_t col;
-        std::uint8_t kind;  // 0 empty, 1 number, 2 text
+        std::uint8_t kind;  // 0 empty, 1 number, 2 text, 3 format only (content kept)
         double value;       // the number, or the text's index into the texts
     };
+    static constexpr std::uint8_t kFormatOnly = 3;
 
     SheetFiller(std::string xml, std::string part);
 

@@ -10,6 +10,7 @@
 //       book.set(*n->sheet, n->cell.row, n->cell.col, std::string("a.oge"));
 //   book.save_as("/out/report.xlsx");                           // template type converted
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,7 @@
 #include <vector>
 
 #include "excel/ooxml/sheet_filler.h"
+#include "excel/ooxml/styles.h"
 #include "excel/ooxml/zip_package.h"
 
 namespace qumbrel::ooxml {
@@ -60,6 +62,12 @@ struct SaveReport {
 class Workbook {
   public:
     static Workbook open(const std::string& path);
+    // A new workbook of one empty worksheet, written to `path` and opened: the six parts
+    // every reader needs (content types, relationships, workbook, sheet, styles).
+    static Workbook create(const std::string& path, const std::string& sheetName);
+    Workbook(Workbook&&) noexcept;
+    Workbook& operator=(Workbook&&) noexcept;
+    ~Workbook();
 
     const std::vector<Sheet>& sheets() const { return sheets_; }
     const std::vector<DefinedName>& names() const { return names_; }
@@ -74,6 +82,15 @@ class Workbook {
     // or column is dropped (counted in the next save's report).
     void set(std::size_t sheet, std::uint32_t row, std::uint32_t col, CellInput value);
 
+    // Shows the numbers of a range by a format code ("0.00", "hh:mm:ss", "@", ...);
+    // the cells keep their content. PackageError for a range of more than 4,194,304 cells.
+    void number_format(std::size_t sheet, CellAddress from, CellAddress to, std::string_view code);
+
+    // A global defined name for a reference in R1C1 notation, "=Sheet1!R3C2" (a quoted
+    // sheet name as in A1 references). PackageError for a name Excel does not take or a
+    // reference to no cell of a worksheet.
+    void add_name(const std::string& name, std::string_view refersToR1C1);
+
     // Deletes the cell's comment (legacy note or thread) at the save; a cell without one
     // is no error.
     void delete_comment(std::size_t sheet, std::uint32_t row, std::uint32_t col);
@@ -82,8 +99,9 @@ class Workbook {
     SaveReport save_as(const std::string& out) const;
 
   private:
-    explicit Workbook(ZipPackage package) : package_(std::move(package)) {}
+    explicit Workbook(ZipPackage package);
     void read_structure();
+    Styles& styles();
 
     ZipPackage package_;
     std::string workbookPart_;
@@ -94,10 +112,18 @@ class Workbook {
     std::vector<std::vector<CellAddress>> uncommented_;  // by tab position
     std::vector<std::string> texts_;
     std::uint32_t order_ = 0;
+    std::string stylesPart_;
+    std::unique_ptr<Styles> styles_;
+    std::vector<DefinedName> added_;  // names to put into the workbook part
     std::size_t dropped_ = 0;
 
     friend class SheetFiller;
 };
+
+// Whether Excel takes `name` as a defined name: at most 255 characters, a letter, "_" or
+// "\\" first, no blanks, not TRUE or FALSE, no A1 reference and nothing that begins with
+// an R1C1 reference ("R1C2", "A1", "R2D2" and "C" are no names).
+bool valid_defined_name(std::string_view name);
 
 // The first cell of an A1 reference "Sheet!$A$1" or "'O''Brien'!A1:B2": the sheet name
 // and the cell; false for every other form (#REF!, constants, formulas, several areas,

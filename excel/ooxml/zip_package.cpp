@@ -204,4 +204,28 @@ void ZipPackage::save_as(const std::string& out, const std::map<std::string, std
     sync_file(out);
 }
 
+void ZipPackage::write_new(const std::string& path,
+                           const std::vector<std::pair<std::string, std::string>>& parts) {
+    int code = 0;
+    zip_t* dst = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &code);
+    if (!dst) throw PackageError("cannot create " + path + ": " + zip_error_text(code));
+    for (const auto& [name, bytes] : parts) {
+        zip_source_t* src = zip_source_buffer(dst, bytes.data(), bytes.size(), 0);
+        const zip_int64_t at = src ? zip_file_add(dst, name.c_str(), src, ZIP_FL_ENC_UTF_8) : -1;
+        if (at < 0) {
+            if (src) zip_source_free(src);
+            const std::string why = zip_strerror(dst);
+            zip_discard(dst);
+            throw PackageError("cannot write " + path + ": " + why);
+        }
+        zip_set_file_compression(dst, static_cast<zip_uint64_t>(at), ZIP_CM_DEFLATE, kDeflateLevel);
+    }
+    if (zip_close(dst) != 0) {
+        const std::string why = zip_strerror(dst);
+        zip_discard(dst);
+        throw PackageError("cannot write " + path + ": " + why);
+    }
+    sync_file(path);
+}
+
 }  // namespace qumbrel::ooxml

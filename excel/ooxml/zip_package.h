@@ -13,6 +13,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace qumbrel::ooxml {
@@ -50,6 +51,11 @@ class ZipPackage {
     // The file appears complete or not at all, and is synced.
     void save_as(const std::string& out, const std::map<std::string, std::string>& replaced,
                  const std::set<std::string>& removed) const;
+
+    // A new package at `path` of these parts, in this order, deflated; complete or not at
+    // all, and synced.
+    static void write_new(const std::string& path,
+                          const std::vector<std::pair<std::string, std::string>>& parts);
 
   private:
     struct Archive;

@@ -254,6 +254,50 @@ TEST_F(Ooxml, CommentsOfFilledCellsGoWithAllTheirParts) {
     EXPECT_NE(back.find("Notes\tB1\ts\t'named'"), std::string::npos) << back;
 }
 
+TEST(OoxmlNames, WhatExcelTakesAsAName) {
+    for (const char* ok : {"filename", "qmb2measdate", "_x", "\\back", "Report", "Cell", "RXa",
+                           "Gr\xC3\xB6\xC3\x9F"
+                           "e"})
+        EXPECT_TRUE(valid_defined_name(ok)) << ok;
+    for (const char* bad : {"", "R1C2", "A1", "R2D2", "C", "R", "RC", "C12x", "TRUE", "false",
+                            "two words", "1st", "XFD1048576"})
+        EXPECT_FALSE(valid_defined_name(bad)) << bad;
+    EXPECT_FALSE(valid_defined_name(std::string(256, 'a')));
+}
+
+TEST_F(Ooxml, ANewWorkbookWithFormatsAndNames) {
+    Workbook book = Workbook::create(path("new.xlsx"), "Daten 1");
+    ASSERT_EQ(book.sheets().size(), 1u);
+    book.add_name("measdate", "='Daten 1'!R8C1");
+    book.add_name("filename", "=Daten 1!R1C2");  // unquoted names with blanks are taken too
+    EXPECT_THROW(book.add_name("R1C2", "='Daten 1'!R1C1"), PackageError);
+    EXPECT_THROW(book.add_name("x", "=Nosuch!R1C1"), PackageError);
+    EXPECT_THROW(book.add_name("x", "='Daten 1'!A1"), PackageError);
+    book.number_format(0, {8, 1}, {10, 1}, "@");
+    book.number_format(0, {8, 2}, {10, 2}, "hh:mm:ss");
+    book.set(0, 8, 1, std::string("05.03.2024"));  // a value after its format keeps it
+    book.set(0, 9, 2, 0.5);
+    book.number_format(0, {9, 2}, {9, 2}, "hh:mm:ss");  // the same format again: no new one
+    EXPECT_EQ(book.find_name("measdate", 0)->cell.row, 8u);
+    book.save_as(path("new_out.xlsx"));
+
+    const std::string back = read_back(path("new_out.xlsx"));
+    EXPECT_NE(back.find("name\tmeasdate\t'Daten 1'!$A$8"), std::string::npos) << back;
+    EXPECT_NE(back.find("name\tfilename\t'Daten 1'!$B$1"), std::string::npos) << back;
+    EXPECT_NE(back.find("Daten 1\tA8\ts\t'05.03.2024'\t@"), std::string::npos) << back;
+    EXPECT_NE(back.find("Daten 1\tB9\td\tdatetime.time(12, 0)\thh:mm:ss"), std::string::npos)
+        << back;
+    const std::string styles = part(path("new_out.xlsx"), "xl/styles.xml");
+    // One custom format, used by one new cell format; "@" is built in.
+    EXPECT_NE(styles.find("<numFmt numFmtId=\"164\" formatCode=\"hh:mm:ss\"/>"), std::string::npos);
+    EXPECT_EQ(styles.find("formatCode=\"hh:mm:ss\""), styles.rfind("formatCode=\"hh:mm:ss\""));
+    EXPECT_NE(styles.find("<cellXfs count=\"3\">"), std::string::npos) << styles;
+    const std::string sheet = part(path("new_out.xlsx"), "xl/worksheets/sheet1.xml");
+    expect_ordered(sheet);
+    EXPECT_NE(sheet.find("<c r=\"A10\" s=\"1\"/>"), std::string::npos)
+        << sheet;  // formatted, empty
+}
+
 TEST_F(Ooxml, HostilePackagesAreRefusedWithAReason) {
     const auto refused = [](const std::string& file) -> std::string {
         try {

@@ -1,12 +1,15 @@
 #!/usr/bin/python3
 """Prints every cell openpyxl reads from a workbook: sheet, cell, type, value, number
-format, bold; and a line "sheet, cell, comment, text" for each comment.
+format, bold; a line "sheet, cell, comment, text" for each comment and "name, name,
+reference" for each defined name.
 Usage: read_back.py FILE"""
 import sys
 
 import openpyxl
 
 wb = openpyxl.load_workbook(sys.argv[1])
+for d in wb.defined_names.definedName:
+    print("name\t%s\t%s" % (d.name, d.attr_text))
 for ws in wb.worksheets:
     for row in ws.iter_rows():
         for c in row:
