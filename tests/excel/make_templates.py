@@ -167,3 +167,23 @@ thread_edit.extra = [("xl/threadedComments/threadedComment1.xml",
                       b'id="{T2}" parentId="{T1}"><text>a reply</text></threadedComment>'
                       b'</ThreadedComments>')]
 rezip(os.path.join(folder, "notes.xlsx"), thread_edit)
+
+# Keywords for the cell operations: a scalar on two sheets, names that end with another
+# keyword, a list keyword as a bare name and as qmb1, a list at the sheet's last row, and a
+# comment on a named cell.
+wb = openpyxl.Workbook()
+one = wb.active
+one.title = "Sheet1"
+two = wb.create_sheet("Sheet2")
+one["B1"].comment = Comment("put the file name here", "author")
+add_name(wb, "filename", "Sheet1!$B$1")
+add_name(wb, "qmb2filename", "Sheet2!$C$3")
+add_name(wb, "foo_starttime", "Sheet1!$B$2")
+add_name(wb, "alstarttime", "Sheet1!$B$3")
+add_name(wb, "measdate", "Sheet1!$A$5")
+add_name(wb, "qmb1measdate", "Sheet1!$A$7")
+add_name(wb, "elsewhere", "Sheet2!$A$1")
+add_name(wb, "title", "Sheet1!$D$1")
+add_name(wb, "qmb2title", "Sheet2!$D$1")
+add_name(wb, "lastrow", "Sheet1!$E$1048576")
+wb.save(os.path.join(folder, "keywords.xlsx"))
