@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "app/check_template.h"
 #include "app/file_info.h"
 #include "app/instance_lock.h"
 #include "app/program_folder.h"
@@ -188,6 +189,7 @@ int qumbrel_main(int argc, char** argv) {
     ctx.run.quiet = parsed.extra.quiet;
     use_cups_printers(ctx);
 
+    if (parsed.extra.checkTemplate) return check_template(*parsed.extra.checkTemplate);
     if (parsed.extra.info) {
         // The list shows numbers and times by the option file's separators.
         read_regional_values(ctx);

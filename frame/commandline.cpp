@@ -138,6 +138,8 @@ ParsedArguments parse_arguments(const std::vector<std::string>& args) {
             if (auto v = value_of("--home")) out.extra.home = *v;
         } else if (a == "--info" || a.rfind("--info=", 0) == 0) {
             if (auto v = value_of("--info")) out.extra.info = *v;
+        } else if (a == "--check-template" || a.rfind("--check-template=", 0) == 0) {
+            if (auto v = value_of("--check-template")) out.extra.checkTemplate = *v;
         } else {
             out.error = "unknown option " + a;
         }
@@ -204,6 +206,9 @@ std::string usage_text(std::string_view program) {
            "                        default: $QUMBREL_HOME, else the program's own folder if\n"
            "                        writable, else $XDG_CONFIG_HOME/qumbrel\n"
            "  --info FILE           print the information list of a recorder file\n"
+           "  --check-template FILE list the keywords of a workbook template (.xlsx, .xlsm,\n"
+           "                        .xltx, .xltm), where they lie and which names are\n"
+           "                        skipped and why; exit 1 when it cannot be used\n"
            "  --version             print the version\n"
            "  --help                print this text\n"
            "\n"

@@ -26,6 +26,7 @@ struct ExtraOptions {
     bool once = false;       // --once: one scan-and-convert cycle, then exit
     std::optional<std::string> home;
     std::optional<std::string> info;
+    std::optional<std::string> checkTemplate;  // --check-template FILE
 };
 
 struct ParsedArguments {

@@ -217,6 +217,11 @@ TEST(Qumbrel, OneRunPerCase) {
          {"in/h.hns"}, {{"out/h.csv", "\"Device\",\"HN110\","}}},
         {"a VQ file", "in/q.obe", "VQ", {{"binfilemodus", "1"}}, "@/in/q.obe", 0, {"out/q.csv"},
          {"in/q.obe"}, {{"out/q.csv", "\"Operating Log Count\",4,"}}},
+        {"--check-template of a template", "in/names.xlsx", "workbook", {},
+         "--check-template @/in/names.xlsx", 0, {}, {},
+         {{"", "  qmb2filename\t2024!C3\n"}, {"", "  secret\thidden\n"}}},
+        {"--check-template of no workbook", "in/x.xlsx", "text", {}, "--check-template @/in/x.xlsx",
+         1, {"in/x.xlsx"}, {}, {{"", "is no workbook"}}},
         {"--info of a VU file", "in/v.ose", "VU", {}, "--info @/in/v.ose", 0, {"in/v.ose"}, {},
          {{"", "Ext. Ch. Count: \t0\n"}, {"", "Sampling Int.: \t1.000 sec\n"}}},
     };
@@ -232,6 +237,14 @@ TEST(Qumbrel, OneRunPerCase) {
             std::string bytes;
             for (int i = 0; i < 4096; ++i) bytes += static_cast<char>((i * 7919 + 13) % 251);
             write_file(r.dir.file(c.source), bytes);
+        } else if (c.kind == "workbook") {
+            // Templates are made by openpyxl, never by our engine.
+            const std::string folder = fs::path(r.dir.file(c.source)).parent_path().string();
+            fs::create_directories(folder);
+            const std::string cmd = "/usr/bin/python3 " QUMBREL_SOURCE_DIR
+                                    "/tests/excel/make_templates.py " +
+                                    sh_quote(folder);
+            if (std::system(cmd.c_str()) != 0) GTEST_SKIP() << "python3-openpyxl is needed";
         } else if (c.kind == "fifo") {
             ASSERT_EQ(::mkfifo(r.dir.file(c.source).c_str(), 0600), 0);
         } else if (c.kind == "folder") {
