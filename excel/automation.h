@@ -73,7 +73,8 @@ class ExcelAutomation {
 struct ExcelSession {
     std::unique_ptr<ExcelAutomation> app;
     bool alive = false;
-    std::string extension;
+    std::string extension;        // excelExtension
+    std::int32_t fileFormat = 0;  // excelFileFormat: computed, read by nothing (kept so)
 };
 
 // The native binding: OOXML workbooks read and written in process (.xlsx, .xlsm, .xltx,
