@@ -1,6 +1,7 @@
-# Sourced by scripts/test.sh: builds the reference format's fuzz target with clang in
-# build-fuzz/ and runs it for a bounded time on a fresh seed corpus. A finding fails the
-# run. QUMBREL_FUZZ_SECONDS (default 60) bounds the run; QUMBREL_SKIP_FUZZ=1 skips it.
+# Sourced by scripts/test.sh: builds the fuzz targets with clang in build-fuzz/ (the
+# reference format's parser, the workbook engine) and runs each for a bounded time on a
+# fresh seed corpus. A finding fails the run. QUMBREL_FUZZ_SECONDS (default 60) bounds the
+# parser's run, half of it the workbook engine's; QUMBREL_SKIP_FUZZ=1 skips them.
 fuzz_hook() {
     local root="$1" dir="$1/build-fuzz" seconds="${QUMBREL_FUZZ_SECONDS:-60}"
     if [[ "${QUMBREL_SKIP_FUZZ:-0}" == 1 ]]; then
@@ -27,6 +28,29 @@ fuzz_hook() {
         return 1
     fi
     grep -E '^stat::number_of_executed_units' "$dir/fuzz.log" || true
+    echo "== fuzz: no finding"
+
+    # The workbook engine, seeded with the test templates (made by openpyxl), a sheet and
+    # a reference.
+    if [[ ! -x "$dir/workbook_fuzz" ]]; then
+        echo "== fuzz: workbook engine skipped (libzip-dev and libpugixml-dev missing)" >&2
+        return 1
+    fi
+    local wseconds=$(( (seconds + 1) / 2 ))
+    echo "== fuzz: workbook engine, ${wseconds} s"
+    rm -rf "$dir/wcorpus" && mkdir -p "$dir/wcorpus"
+    /usr/bin/python3 "$root/tests/excel/make_templates.py" "$dir/wcorpus" >/dev/null 2>&1 || true
+    printf 'S<worksheet><sheetData><row r="1"><c r="A1"><f t="shared" ref="A1:A2" si="0">1</f><v>1</v></c></row><row><c><f t="shared" si="0"/></c></row></sheetData></worksheet>' \
+        >"$dir/wcorpus/sheet"
+    printf "R'O''Brien'!\$A\$1:B2" >"$dir/wcorpus/reference"
+    if ! "$dir/workbook_fuzz" "$dir/wcorpus" -max_total_time="$wseconds" -max_len=65536 \
+        -rss_limit_mb=1024 -print_final_stats=1 -artifact_prefix="$dir/artifacts/" \
+        >"$dir/wfuzz.log" 2>&1; then
+        tail -n 60 "$dir/wfuzz.log" >&2
+        echo "== fuzz: FINDING in the workbook engine, reproducer in $dir/artifacts/" >&2
+        return 1
+    fi
+    grep -E '^stat::number_of_executed_units' "$dir/wfuzz.log" || true
     echo "== fuzz: no finding"
 }
 fuzz_hook "$root"
