@@ -78,16 +78,10 @@ int KlReport::convert() {
     write_pv_events();
     if (batch_.batchFlag > 0) write_batch();
 
-    set_step(9,
-             " - Daten werden jetzt convertiert...(Messzeitpunkt aus dem Triggerpunkt bestimmen)");
-    bool eventFile = false;
-    if (plan(info_.fileType, eventFile)) {
-        write_channel_header(
-            eventFile, true,
-            eventFile ? " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.oae)"
-                      : " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.oad)");
-        if (is_set(ctx_.opt.measurementsinclusive)) write_samples(eventFile);
-    }
+    write_channel_part(info_.fileType, true,
+                       " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.oae)",
+                       " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.oad)",
+                       [this](bool eventFile) { write_samples(eventFile); });
     return close_output();
 }
 
@@ -100,15 +94,10 @@ void KlReport::write_header_block() {
 }
 
 void KlReport::read_channels() {
-    set_step(8, " - Daten werden jetzt convertiert...(Kanalheader definieren)");
-    size_channels(std::int64_t{info_.measChCount} + info_.mathChCount + info_.extChCount + 1,
-                  std::int64_t{info_.measChCount} + info_.mathChCount);
-    logScale_.assign(static_cast<std::size_t>(channels_) + 1, false);
-    for (std::int32_t c = 1; c <= channels_; ++c) {
-        KLChannelInfo ci;
-        KLGetChDataInfo(ctx_, file_.get(), source_, c - 1, ci);
-        store_channel(static_cast<std::size_t>(c), ci);
-    }
+    read_channel_records<KLChannelInfo>(info_.measChCount, info_.mathChCount, info_.extChCount,
+                                        true, [this](std::int32_t i, KLChannelInfo& ci) {
+                                            KLGetChDataInfo(ctx_, file_.get(), source_, i, ci);
+                                        });
 }
 
 void KlReport::write_alarms() {

@@ -329,6 +329,17 @@ void SheetReport::write_channel_header(bool eventFile, bool scaleValues,
     channel_row(ch_.unit[0], false, 0, text(ch_.unit));
 }
 
+void SheetReport::write_channel_part(const std::string& fileType, bool scaleValues,
+                                     std::string_view eventStep, std::string_view displayStep,
+                                     const std::function<void(bool)>& samples) {
+    set_step(9,
+             " - Daten werden jetzt convertiert...(Messzeitpunkt aus dem Triggerpunkt bestimmen)");
+    bool eventFile = false;
+    if (!plan(fileType, eventFile)) return;
+    write_channel_header(eventFile, scaleValues, eventFile ? eventStep : displayStep);
+    if (is_set(ctx_.opt.measurementsinclusive)) samples(eventFile);
+}
+
 void SheetReport::write_value_titles(bool eventFile) {
     next_row();
     put(0, std::string("date"), false, 0);

@@ -110,6 +110,18 @@ class SheetReport {
     // under the label 0; without, they are "Scale min" and "Scale max" with the texts of
     // those arrays (empty unless the family fills them).
     void write_channel_header(bool eventFile, bool scaleValues, std::string_view stepText);
+    // From the type branch on: the channel header rows (step texts for event and display
+    // files) and, with measurementsinclusive, `samples(eventFile)`. Nothing for a file that
+    // is neither an event nor a display file.
+    void write_channel_part(const std::string& fileType, bool scaleValues,
+                            std::string_view eventStep, std::string_view displayStep,
+                            const std::function<void(bool)>& samples);
+    // The channel records of measuring and math channels (arrays sized for the extra
+    // channels too), each read by `read(index from 0, record)`; with `logarithmic` the
+    // channels whose scale kind says so are marked.
+    template <class Channel, class Read>
+    void read_channel_records(std::int64_t meas, std::int64_t math, std::int64_t ext,
+                              bool logarithmic, Read read);
     // Row of column titles.
     void write_value_titles(bool eventFile);
     // One row per sample from the cursor. Event-file values have `eventType` and, with
@@ -189,6 +201,19 @@ void SheetReport::channel_row(const CellValue& label, bool labelTwice, std::int3
         if (endOfLine) break;
     }
     if (!endOfLine) end_line();
+}
+
+template <class Channel, class Read>
+void SheetReport::read_channel_records(std::int64_t meas, std::int64_t math, std::int64_t ext,
+                                       bool logarithmic, Read read) {
+    set_step(8, " - Daten werden jetzt convertiert...(Kanalheader definieren)");
+    size_channels(meas + math + ext + 1, meas + math);
+    if (logarithmic) logScale_.assign(static_cast<std::size_t>(channels_) + 1, false);
+    for (std::int32_t c = 1; c <= channels_; ++c) {
+        Channel ci;
+        read(c - 1, ci);
+        store_channel(static_cast<std::size_t>(c), ci);
+    }
 }
 
 template <class Channel>

@@ -53,16 +53,10 @@ int VqReport::convert() {
     if (records().batch.batchFlag > 0) write_batch();
     read_channels();
 
-    set_step(9,
-             " - Daten werden jetzt convertiert...(Messzeitpunkt aus dem Triggerpunkt bestimmen)");
-    bool eventFile = false;
-    if (plan(info.fileType, eventFile)) {
-        write_channel_header(
-            eventFile, false,
-            eventFile ? " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.oge)"
-                      : " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.ogd)");
-        if (is_set(ctx_.opt.measurementsinclusive)) write_samples(eventFile);
-    }
+    write_channel_part(info.fileType, false,
+                       " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.oge)",
+                       " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.ogd)",
+                       [this](bool eventFile) { write_samples(eventFile); });
     return close_output();
 }
 

@@ -43,16 +43,10 @@ int VtReport::convert() {
     if (info_.batchFlag > 0) write_batch();
     read_channels();
 
-    set_step(9,
-             " - Daten werden jetzt convertiert...(Messzeitpunkt aus dem Triggerpunkt bestimmen)");
-    bool eventFile = false;
-    if (plan(info_.fileType, eventFile)) {
-        write_channel_header(
-            eventFile, false,
-            eventFile ? " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.oge)"
-                      : " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.ogd)");
-        if (is_set(ctx_.opt.measurementsinclusive)) write_samples(eventFile);
-    }
+    write_channel_part(info_.fileType, false,
+                       " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.oge)",
+                       " - Daten werden jetzt convertiert...(KanalKopfDaten schreiben *.ogd)",
+                       [this](bool eventFile) { write_samples(eventFile); });
     return close_output();
 }
 
@@ -116,14 +110,9 @@ void VtReport::write_batch() {
 }
 
 void VtReport::read_channels() {
-    set_step(8, " - Daten werden jetzt convertiert...(Kanalheader definieren)");
-    size_channels(std::int64_t{info_.measChCount} + info_.mathChCount + info_.extChCount + 1,
-                  std::int64_t{info_.measChCount} + info_.mathChCount);
-    for (std::int32_t c = 1; c <= channels_; ++c) {
-        VTChannelInfo ci;
-        VTGetChDataInfo(ctx_, source_, c - 1, ci);
-        store_channel(static_cast<std::size_t>(c), ci);
-    }
+    read_channel_records<VTChannelInfo>(
+        info_.measChCount, info_.mathChCount, info_.extChCount, false,
+        [this](std::int32_t i, VTChannelInfo& ci) { VTGetChDataInfo(ctx_, source_, i, ci); });
 }
 
 void VtReport::write_samples(bool eventFile) {
