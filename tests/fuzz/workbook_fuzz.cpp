@@ -37,8 +37,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             volatile bool ok = parse_reference(rest, sheet, cell) || valid_defined_name(rest);
             (void)ok;
         } else {
-            static const std::string in = "/tmp/qumbrel-wbfuzz-" + std::to_string(::getpid()) + ".xlsx";
-            static const std::string out = "/tmp/qumbrel-wbfuzz-" + std::to_string(::getpid()) + "-out.xlsx";
+            static const std::string in =
+                "/tmp/qumbrel-wbfuzz-" + std::to_string(::getpid()) + ".xlsx";
+            static const std::string out =
+                "/tmp/qumbrel-wbfuzz-" + std::to_string(::getpid()) + "-out.xlsx";
             {
                 std::ofstream f(in, std::ios::binary | std::ios::trunc);
                 f.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
