@@ -26,13 +26,13 @@ std::string current(const ZipPackage& package, const std::map<std::string, std::
 
 }  // namespace
 
-const Relationship* Relationships::by_id(std::string_view id) const {
+const Relationship* Relationships::by_id(std::string_view id) const& {
     for (const auto& r : items)
         if (r.id == id) return &r;
     return nullptr;
 }
 
-const Relationship* Relationships::by_type_suffix(std::string_view suffix) const {
+const Relationship* Relationships::by_type_suffix(std::string_view suffix) const& {
     for (const auto& r : items)
         if (r.type.ends_with(suffix)) return &r;
     return nullptr;

@@ -20,8 +20,11 @@ struct Relationship {
 
 struct Relationships {
     std::vector<Relationship> items;
-    const Relationship* by_id(std::string_view id) const;
-    const Relationship* by_type_suffix(std::string_view suffix) const;
+    // The pointers point into `items`: never ask a temporary.
+    const Relationship* by_id(std::string_view id) const&;
+    const Relationship* by_type_suffix(std::string_view suffix) const&;
+    const Relationship* by_id(std::string_view id) const&& = delete;
+    const Relationship* by_type_suffix(std::string_view suffix) const&& = delete;
 };
 
 // The .rels part of `source` ("" for the package's own), targets resolved against the

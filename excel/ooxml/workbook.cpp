@@ -297,8 +297,8 @@ void Workbook::set(std::size_t sheet, std::uint32_t row, std::uint32_t col, Cell
 
 Styles& Workbook::styles() {
     if (!styles_) {
-        const Relationship* r =
-            read_relationships(package_, workbookPart_).by_type_suffix("/styles");
+        const auto rels = read_relationships(package_, workbookPart_);
+        const Relationship* r = rels.by_type_suffix("/styles");
         if (!r || !package_.has(r->target))
             throw PackageError(package_.path() + ": the workbook has no styles part");
         stylesPart_ = package_.find(r->target);
