@@ -120,7 +120,7 @@ def prefix_edit(name, data):
         text = re.sub(r"<(/?)([a-zA-Z]+)([ />])", r"<\1x:\2\3", text)
         text = text.replace('xmlns="http://schemas.openxmlformats.org/spreadsheetml/2006/main"',
                             'xmlns:x="http://schemas.openxmlformats.org/spreadsheetml/2006/main"')
-        text = re.sub(r' r="[A-Z]+[0-9]+"', "", text)  # cells counted, not addressed
+        text = re.sub(r' r="[A-Z]*[0-9]+"', "", text)  # rows and cells counted, not addressed
         return text.encode()
     return data
 
@@ -187,3 +187,39 @@ add_name(wb, "title", "Sheet1!$D$1")
 add_name(wb, "qmb2title", "Sheet2!$D$1")
 add_name(wb, "lastrow", "Sheet1!$E$1048576")
 wb.save(os.path.join(folder, "keywords.xlsx"))
+
+# A chart beside the data and a VBA project: a macro workbook whose chart, drawing and
+# macro parts must come out of a fill byte for byte.
+from openpyxl.chart import BarChart, Reference
+
+wb = openpyxl.Workbook()
+s = wb.active
+s.title = "Chart"
+for r in range(1, 6):
+    s.cell(row=r, column=1, value=r * 10)
+chart = BarChart()
+chart.add_data(Reference(s, min_col=1, min_row=1, max_row=5))
+s.add_chart(chart, "C2")
+add_name(wb, "value", "Chart!$A$3")
+wb.save(os.path.join(folder, "macro.xlsm"))
+
+VBA_TYPE = "http://schemas.microsoft.com/office/2006/relationships/vbaProject"
+
+
+def macro_edit(name, data):
+    if name == "xl/_rels/workbook.xml.rels":
+        return data.replace(b"</Relationships>",
+                            b'<Relationship Id="rIdVba" Type="' + VBA_TYPE.encode() +
+                            b'" Target="vbaProject.bin"/></Relationships>')
+    if name == "[Content_Types].xml":
+        data = re.sub(rb'(PartName="/xl/workbook.xml" ContentType=")[^"]*"',
+                      rb'\1application/vnd.ms-excel.sheet.macroEnabled.main+xml"', data)
+        return data.replace(b"</Types>",
+                            b'<Default Extension="bin" '
+                            b'ContentType="application/vnd.ms-office.vbaProject"/></Types>')
+    return data
+
+
+# Not a real VBA project (no reader here runs macros): bytes that must survive unchanged.
+macro_edit.extra = [("xl/vbaProject.bin", bytes(range(256)) * 16)]
+rezip(os.path.join(folder, "macro.xlsm"), macro_edit)

@@ -1,7 +1,8 @@
 // The native workbook engine over templates made by openpyxl (tests/excel/make_templates.py),
 // results read back by openpyxl and checked on their XML: names and scopes, values with
 // their styles, formulas and the calculation chain, template types, prefixed XML and cells
-// without addresses, parts left untouched byte for byte, and hostile packages.
+// without addresses, a chart and a macro part left byte for byte, LibreOffice reading the
+// results, and hostile packages.
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -198,7 +199,7 @@ TEST_F(Ooxml, FormulasCalcChainAndTheTemplateType) {
     EXPECT_NE(back.find("Data\tF1\ts\t'untouched'"), std::string::npos) << back;
 }
 
-TEST_F(Ooxml, PrefixedXmlAndCellsWithoutAddresses) {
+TEST_F(Ooxml, PrefixedXmlAndRowsAndCellsWithoutAddresses) {
     Workbook book = Workbook::open(path("prefixed.xlsx"));
     const DefinedName* t = book.find_name("target", 0);
     ASSERT_NE(t, nullptr);
@@ -207,11 +208,16 @@ TEST_F(Ooxml, PrefixedXmlAndCellsWithoutAddresses) {
     book.save_as(path("prefixed_out.xlsx"));
     const std::string sheet = part(path("prefixed_out.xlsx"), "xl/worksheets/sheet1.xml");
     EXPECT_NE(sheet.find("<x:c r=\"B2\"><x:v>7</x:v></x:c>"), std::string::npos) << sheet;
-    EXPECT_NE(sheet.find("<x:dimension ref=\"A1:B3\"/>"), std::string::npos) << sheet;
+    // openpyxl left out the empty row 2, so its row 3 without an address is row 2 now.
+    EXPECT_NE(sheet.find("<x:dimension ref=\"A1:B2\"/>"), std::string::npos) << sheet;
+    EXPECT_NE(sheet.find("<x:row r=\"2\"><x:c t=\"inlineStr\"><x:is><x:t>c</x:t></x:is></x:c><x:c "
+                         "r=\"B2\">"),
+              std::string::npos)
+        << sheet;
     const std::string back = read_back(path("prefixed_out.xlsx"));
     EXPECT_NE(back.find("Sheet1\tA1\ts\t'a'"), std::string::npos) << back;
     EXPECT_NE(back.find("Sheet1\tB1\ts\t'over'"), std::string::npos) << back;
-    EXPECT_NE(back.find("Sheet1\tA3\ts\t'c'"), std::string::npos) << back;
+    EXPECT_NE(back.find("Sheet1\tA2\ts\t'c'"), std::string::npos) << back;
 }
 
 TEST_F(Ooxml, CommentsOfFilledCellsGoWithAllTheirParts) {
@@ -252,6 +258,51 @@ TEST_F(Ooxml, CommentsOfFilledCellsGoWithAllTheirParts) {
     back = read_back(path("notes_all.xlsx"));
     EXPECT_EQ(back.find("comment"), std::string::npos) << back;
     EXPECT_NE(back.find("Notes\tB1\ts\t'named'"), std::string::npos) << back;
+}
+
+TEST_F(Ooxml, AMacroWorkbookKeepsItsChartAndMacroAndOpensInLibreOffice) {
+    Workbook book = Workbook::open(path("macro.xlsm"));
+    const DefinedName* v = book.find_name("value", 0);
+    ASSERT_NE(v, nullptr);
+    book.set(0, v->cell.row, v->cell.col, 33.5);
+    book.set(0, 7, 2, std::string("note; with \"quotes\""));
+    book.save_as(path("macro_out.xlsm"));
+    Workbook names = Workbook::open(path("names.xlsx"));
+    names.set(0, 1, 2, std::string("a.oge"));
+    names.set(0, 4, 3, 1.5);
+    names.set(0, 5, 1, std::string("last wins"));
+    names.save_as(path("names_lo.xlsx"));
+
+    const ZipPackage in = ZipPackage::open(path("macro.xlsm"));
+    const ZipPackage out = ZipPackage::open(path("macro_out.xlsm"));
+    for (const char* p :
+         {"xl/vbaProject.bin", "xl/charts/chart1.xml", "xl/drawings/drawing1.xml",
+          "xl/drawings/_rels/drawing1.xml.rels", "xl/worksheets/_rels/sheet1.xml.rels",
+          "xl/_rels/workbook.xml.rels", "[Content_Types].xml"})
+        EXPECT_EQ(out.read(p), in.read(p)) << p;
+    const std::string sheet = out.read("xl/worksheets/sheet1.xml");
+    expect_ordered(sheet);
+    EXPECT_NE(sheet.find("r:id=\"rId1\"/></worksheet>"), std::string::npos) << sheet;
+    EXPECT_NE(sheet.find("<dimension ref=\"A1:B7\"/>"), std::string::npos) << sheet;
+
+    const std::string soffice = "/usr/bin/soffice";
+    if (!std::filesystem::exists(soffice))
+        GTEST_SKIP() << "LibreOffice (libreoffice-calc-nogui) is not installed";
+    // The filled workbooks converted to CSV by LibreOffice (first sheet each).
+    const std::string command =
+        soffice + " -env:UserInstallation=file://" + path("profile") +
+        " --headless --convert-to 'csv:Text - txt - csv (StarCalc):44,34,76,1,,0,true,false' "
+        "--outdir " +
+        path("lo") + " " + path("macro_out.xlsm") + " " + path("names_lo.xlsx") +
+        " >/dev/null 2>&1";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    ASSERT_TRUE(std::filesystem::exists(path("lo/macro_out.csv")));
+    EXPECT_EQ(testing::read_file(path("lo/macro_out.csv")),
+              "10,\n20,\n33.5,\n40,\n50,\n,\n,\"note; with \"\"quotes\"\"\"\n");
+    ASSERT_TRUE(std::filesystem::exists(path("lo/names_lo.csv")));
+    // Shown as formatted: column C's "0.000" reached the new cell.
+    EXPECT_EQ(testing::read_file(path("lo/names_lo.csv")),
+              ",\"a.oge\",\n,,\n,,\n,,1.500\n\"last wins\",,\n");
 }
 
 TEST(OoxmlNames, WhatExcelTakesAsAName) {
@@ -326,7 +377,15 @@ TEST_F(Ooxml, HostilePackagesAreRefusedWithAReason) {
         "make(sys.argv[2]+'/climb.xlsx', lambda n,d: d)\n"
         "make(sys.argv[2]+'/nobook.xlsx', lambda n,d: None if n=='xl/workbook.xml' else d)\n"
         "make(sys.argv[2]+'/badxml.xlsx', lambda n,d: b'<workbook><sheets>' if "
-        "n=='xl/workbook.xml' else d)\n";
+        "n=='xl/workbook.xml' else d)\n"
+        // The first entry's headers patched: a size of 3 GB, the encryption flag.
+        "def patch(name, central, local, value, width):\n"
+        "  b=bytearray(open(sys.argv[1],'rb').read())\n"
+        "  c=b.find(b'PK\\x01\\x02')\n"
+        "  for at in (c+central, local): b[at:at+width]=value.to_bytes(width,'little')\n"
+        "  open(sys.argv[2]+'/'+name,'wb').write(b)\n"
+        "patch('huge.xlsx', 24, 22, 3<<30, 4)\n"
+        "patch('locked.xlsx', 8, 6, 1, 2)\n";
     testing::write_file(path("hostile.py"), script);
     ASSERT_EQ(std::system(("/usr/bin/python3 " + shell_quote(path("hostile.py")) + " " +
                            shell_quote(path("names.xlsx")) + " " + shell_quote(path("")))
@@ -335,6 +394,10 @@ TEST_F(Ooxml, HostilePackagesAreRefusedWithAReason) {
     EXPECT_NE(refused(path("climb.xlsx")).find("unsafe"), std::string::npos);
     EXPECT_NE(refused(path("nobook.xlsx")).find("missing"), std::string::npos);
     EXPECT_NE(refused(path("badxml.xlsx")).find("no well-formed XML"), std::string::npos);
+    EXPECT_NE(refused(path("huge.xlsx")).find("claims 3221225472 bytes"), std::string::npos)
+        << refused(path("huge.xlsx"));
+    EXPECT_NE(refused(path("locked.xlsx")).find("encrypted"), std::string::npos)
+        << refused(path("locked.xlsx"));
 }
 
 }  // namespace
