@@ -75,6 +75,10 @@ struct ExcelSession {
     bool alive = false;
     std::string extension;        // excelExtension
     std::int32_t fileFormat = 0;  // excelFileFormat: computed, read by nothing (kept so)
+    // bExcelFailed: a report of this conversion took its failure path; the source stays.
+    bool failed = false;
+    // A print of this report failed: in FDA mode the report is kept, not deleted unprinted.
+    bool printFailed = false;
 };
 
 // The native binding: OOXML workbooks read and written in process (.xlsx, .xlsm, .xltx,

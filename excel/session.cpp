@@ -33,6 +33,7 @@ void print_on(Program& ctx, const std::string& printer, const std::string& shown
             // Without a program that prints, PrintOut fails with 1004: the status list and
             // error.log say why.
             status(ctx, std::to_string(e.number()) + " " + e.description());
+            ctx.state<ExcelSession>().printFailed = true;
             report_trapped(ctx, "PrintOut", 0);
         }
     };
@@ -64,15 +65,18 @@ void print_on(Program& ctx, const std::string& printer, const std::string& shown
 }  // namespace
 
 bool excel_session_open(Program& ctx, const std::string& workbook, const std::string& runName,
-                        std::string& runningState) {
+                        std::string& runningState, int attempts) {
     ExcelSession& s = ctx.state<ExcelSession>();
-    for (int attempt = 0; attempt < 2 && !s.app; ++attempt) {
+    for (int attempt = 0; attempt < attempts && !s.app; ++attempt) {
         try {
             s.app = make_native_automation();
         } catch (...) {
         }
     }
-    if (!s.app) return false;
+    if (!s.app) {
+        excel_session_fail(ctx, runningState);
+        return false;
+    }
     s.alive = true;
     try {
         s.app->open(workbook);
@@ -101,7 +105,8 @@ void excel_session_close(Program& ctx) {
         return;
     }
     try {
-        if (!is_set(ctx.run.bFda)) s.app->save();  // in FDA mode a report is printed only
+        // In FDA mode a report is printed only; one that could not be printed is kept.
+        if (!is_set(ctx.run.bFda) || s.printFailed) s.app->save();
         s.app->close();
         s.app->quit();
     } catch (const VbError& e) {
@@ -128,6 +133,7 @@ void excel_session_fail(Program& ctx, const std::string& runningState) {
     }
     s.app.reset();
     s.alive = false;
+    s.failed = true;
     report_plain(ctx, runningState);
 }
 

@@ -14,22 +14,22 @@
 
 namespace qumbrel {
 
-// Makes the session (one retry), opens the workbook; the running state becomes the run's
-// name and " - Datei öffnen abgeschlossen/Starte Konvertierung...". False after a failure
-// (the caller takes its failure path).
+// Makes the session (`attempts` tries), opens the workbook; the running state becomes the
+// run's name and " - Datei öffnen abgeschlossen/Starte Konvertierung...". False after a
+// failure, which has taken the failure path.
 bool excel_session_open(Program& ctx, const std::string& workbook, const std::string& runName,
-                        std::string& runningState);
+                        std::string& runningState, int attempts = 2);
 
 // With printfile: the workbook, or the sheets of printpage ("|1|Daten"), on printer and then,
 // with printfile2, on printer2; the default printer is restored afterwards.
 void excel_session_print(Program& ctx, const std::string& reportPath);
 
-// Saves (not in FDA mode), closes without saving again and quits, when the session is
-// still alive; nothing when it is not.
+// Saves (not in FDA mode, unless the print failed: an unprinted report is kept), closes
+// without saving again and quits, when the session is still alive; nothing when it is not.
 void excel_session_close(Program& ctx);
 
 // A report's failure path: the session closed as far as it is alive, the running state
-// recorded in error.log.
+// recorded in error.log, the conversion marked failed (bExcelFailed).
 void excel_session_fail(Program& ctx, const std::string& runningState);
 
 }  // namespace qumbrel

@@ -44,6 +44,9 @@ std::string excel_options_key(const std::string& version) {
 
 void fkt_excelformat(Program& ctx, const std::string& templatePath, Flag macroWanted) {
     ExcelSession& s = ctx.state<ExcelSession>();
+    // A new conversion: what went wrong in the last one is forgotten.
+    s.failed = false;
+    s.printFailed = false;
     try {
         // A private instance: the native engine is always there.
         const std::unique_ptr<ExcelAutomation> app = make_native_automation();

@@ -333,10 +333,28 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                     if (up && !fda) status(ctx, reportBase + ext);
                     errorCount = run(functions ? functions->convertXLSTPL : nullptr, reportBase,
                                      "template workbook");
+                    // A report that took its failure path is marked, and its source stays.
+                    const auto failedNow = [&] {
+                        return session.excelFailed && session.excelFailed(ctx);
+                    };
+                    if (failedNow() && errorCount == 0) errorCount = 1;
+                    // A workbook whose only purpose was printing is kept when it could
+                    // not be printed.
+                    const auto drop_printed = [&](const std::string& workbook) {
+                        if (session.printFailed && session.printFailed(ctx)) {
+                            fkt_logevent(ctx, "not printed, the report is kept: " + workbook,
+                                         kFalse, 2);
+                            status(ctx, translate_or(ctx, "notprintedkept",
+                                                     "Not printed; the report is kept:") +
+                                            " " + workbook);
+                            return;
+                        }
+                        api.DeleteComfort(workbook, false, false);
+                    };
                     if (errorCount >= 1)
                         api.RenameFile(reportBase + ext, reportBase + ".Error" + ext);
                     else if (is_set(o.delreportfile))
-                        api.DeleteComfort(reportBase + ext, false, false);
+                        drop_printed(reportBase + ext);
                     if (vb::Val(o.excelsourcefilealarmseparate) == 1 &&
                         (is_set(o.messageinclusive) || is_set(o.alarminclusive))) {
                         const std::string suffix = fkt_filterillegal(
@@ -351,6 +369,7 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                                 ctx, source, reportBase + suffix, to_flag(o.runexcelmakro != 0));
                         else if (functions)
                             alarmErrors = missing_generator(ctx, source, "alarm workbook");
+                        if (failedNow() && alarmErrors == 0) alarmErrors = 1;
                         // The first workbook's count gives way (kept so); a failure of either
                         // still keeps the source.
                         if (errorCount == 0 && alarmErrors == 0) reportComplete = true;
@@ -359,7 +378,7 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                         if (alarmErrors > 0)
                             api.RenameFile(reportBase + ext, reportBase + ".Error" + ext);
                         else if (is_set(o.delreportfile))
-                            api.DeleteComfort(reportBase + suffix + ext, false, false);
+                            drop_printed(reportBase + suffix + ext);
                     } else if (errorCount == 0) {
                         reportComplete = true;
                     }

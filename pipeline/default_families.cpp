@@ -1,5 +1,8 @@
 // The family functions this build has. Slots of what is not built yet (the template
-// reports, the customer text) stay empty.
+// reports of VU, VQ, KL and HN, the customer text) stay empty.
+#include "excel/automation.h"
+#include "excel/vt_template_report.h"
+#include "excel/workbook_template.h"
 #include "pipeline/family_table.h"
 #include "recorder/hn_reader.h"
 #include "recorder/kl_reader.h"
@@ -24,6 +27,8 @@ FamilyTable default_family_table() {
     t.vt.fileElements = VTGetFileElements;
     t.vt.fileInfo = fkt_ReadVTFileInfo;
     t.vt.convertCSVXLS = fkt_VTconvertCSVXLS;
+    t.vt.convertXLSTPL = fkt_VTconvertXLSTPL;
+    t.vt.convertXLSTPLALML = fkt_VTconvertXLSTPLALML;
 
     t.vu.typeCheck = VUTypeCheck;
     t.vu.holdOpen = VUHoldOpen;
@@ -54,6 +59,14 @@ FamilyTable default_family_table() {
     t.kl.holdOpen = KLHoldOpen;
     t.kl.fileInfo = fkt_ReadKLFileInfo;
     t.kl.convertCSVXLS = fkt_KLconvertCSVXLS;
+
+    t.templates.excelformat = [](Program& ctx, const std::string& tpl, Flag macroWanted) {
+        fkt_excelformat(ctx, tpl, macroWanted);
+        return ctx.state<ExcelSession>().extension;
+    };
+    t.templates.exceltemplate = fkt_exceltemplate;
+    t.templates.excelFailed = [](Program& ctx) { return ctx.state<ExcelSession>().failed; };
+    t.templates.printFailed = [](Program& ctx) { return ctx.state<ExcelSession>().printFailed; };
     return t;
 }
 

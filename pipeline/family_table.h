@@ -45,6 +45,8 @@ struct TemplateSession {
     std::function<bool(Program&, const std::string& templateFile, const std::string& target)>
         exceltemplate;
     std::function<bool(Program&)> excelFailed;
+    // A print of the workbook failed: in FDA mode it is kept, never deleted unprinted.
+    std::function<bool(Program&)> printFailed;
 };
 
 // What the driver and the name composer use; tests replace entries.

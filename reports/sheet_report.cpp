@@ -178,21 +178,24 @@ bool SheetReport::open_report() {
     return true;
 }
 
+std::string read_userdef(Program& ctx, int k) {
+    std::string* const fromOptions[] = {&ctx.opt.userdef1, &ctx.opt.userdef2, &ctx.opt.userdef3,
+                                        &ctx.opt.userdef4};
+    std::string& text = *fromOptions[k - 1];
+    if (!ctx.run.strOptionFile.empty())
+        text = clsINI(ctx.run.strOptionFile)
+                   .GetKeyValue("file", "userdef" + std::to_string(k), {}, std::string());
+    return text;
+}
+
 void SheetReport::write_head() {
     put(0, std::string("Filename"), false, 0);
     put(1, behind_last_separator(source_), true, 0);
 
     // The free texts come from the option file on every run. In CSV they carry no line
     // end, so each lands ahead of the one before in the line of "Software".
-    clsINI ini(ctx_.run.strOptionFile);
-    std::string* const fromOptions[] = {&ctx_.opt.userdef1, &ctx_.opt.userdef2, &ctx_.opt.userdef3,
-                                        &ctx_.opt.userdef4};
     for (int k = 1; k <= 4; ++k) {
-        std::string text = *fromOptions[k - 1];
-        if (!ctx_.run.strOptionFile.empty()) {
-            text = ini.GetKeyValue("file", "userdef" + std::to_string(k), {}, std::string());
-            *fromOptions[k - 1] = text;
-        }
+        const std::string text = read_userdef(ctx_, k);
         if (text.empty()) continue;
         fkt_convertsetvalue(ctx_, fmt_, column(0), checked(std::int64_t{row_} + k), text, false, 0);
         userRows_ = k;

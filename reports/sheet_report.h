@@ -73,6 +73,10 @@ HeaderRows header_rows(const Info& i) {
     return h;
 }
 
+// userdef1 .. userdef4 (k from 1) as the option file holds it now, kept in memory too;
+// what memory holds when the run has no option file.
+std::string read_userdef(Program& ctx, int k);
+
 class SheetReport {
   public:
     virtual ~SheetReport() = default;

@@ -223,3 +223,34 @@ def macro_edit(name, data):
 # Not a real VBA project (no reader here runs macros): bytes that must survive unchanged.
 macro_edit.extra = [("xl/vbaProject.bin", bytes(range(256)) * 16)]
 rezip(os.path.join(folder, "macro.xlsm"), macro_edit)
+
+# The VT template report: header keywords, a comment on a filled and on an unfilled named
+# cell, right-end matches, the time columns and the data of channels 1, 2 and 31 side by
+# side (a display file's maximum of channel 1 falls on channel 2's column), and the lists
+# on the first sheet and, by qmb2 names, on the second; a bare list name on the second
+# sheet is not found; qmb3measdate names a sheet the workbook lacks.
+wb = openpyxl.Workbook()
+d = wb.active
+d.title = "Data"
+lists = wb.create_sheet("Lists")
+d["H1"] = "kept"
+d["H2"] = "=1+1"
+d["H1"].font = Font(bold=True)
+d["B1"].comment = Comment("file name goes here", "author")
+d["F1"].comment = Comment("batch name goes here", "author")
+for name, ref in (("filename", "Data!$B$1"), ("recordertype", "Data!$B$2"),
+                  ("filemessage", "Data!$B$3"), ("validdatacount", "Data!$B$4"),
+                  ("eventcount", "Data!$B$5"), ("userdef1", "Data!$B$6"),
+                  ("foo_starttime", "Data!$D$1"), ("software", "Data!$D$2"),
+                  ("batchname", "Data!$F$1"), ("ch1name", "Data!$D$8"), ("ch1unit", "Data!$D$9"),
+                  ("ch31no", "Data!$G$8"), ("ch1scalemin", "Data!$D$7"),
+                  ("measdate", "Data!$A$10"), ("meastime", "Data!$B$10"),
+                  ("meastimeeasy", "Data!$C$10"), ("ch1data", "Data!$D$10"),
+                  ("ch2data", "Data!$E$10"), ("ch31data", "Data!$G$10"),
+                  ("measdatetime", "Data!$I$10"), ("qmb3measdate", "Data!$J$10"),
+                  ("alchannelno", "Data!$A$30"), ("alstarttime", "Data!$B$30"),
+                  ("alstartno", "Data!$C$30"), ("qmb2alstartno", "Lists!$D$2"),
+                  ("altype", "Lists!$A$2"),
+                  ("qmb2evmessage", "Lists!$E$2"), ("evscanno", "Data!$K$2")):
+    add_name(wb, name, ref)
+wb.save(os.path.join(folder, "vt.xlsx"))
