@@ -265,8 +265,8 @@ void VtTemplateReport::write_samples(bool eventFile) {
 
 // Table 1 and 2 of the lists: slot keywords in slot order.
 constexpr std::array<const char*, 9> kAlarmKeys = {
-    "alchannelno", "allevel", "altype", "", "alstartdate", "alstarttime", "alstartno",
-    "alenddate",   "alendtime"};
+    "alchannelno", "allevel",   "altype",    "",         "alstartdate",
+    "alstarttime", "alstartno", "alenddate", "alendtime"};
 constexpr const char* kAlarmEndNo = "alendno";
 constexpr std::array<const char*, 7> kMessageKeys = {"evscanno",  "evdate", "evtime", "evmessageno",
                                                      "evmessage", "evuser", "evtype"};
@@ -330,8 +330,8 @@ void fkt_VTconvertXLSALML(Program& ctx, const std::string& source, std::int32_t 
     }
 }
 
-int fkt_VTconvertXLSTPLALML(Program& ctx, const std::string& source,
-                            const std::string& targetBase, Flag acceptDamaged) {
+int fkt_VTconvertXLSTPLALML(Program& ctx, const std::string& source, const std::string& targetBase,
+                            Flag acceptDamaged) {
     fkt_ClearFileElements(ctx);
     ExcelSession& s = ctx.state<ExcelSession>();
     s.alive = false;

@@ -25,7 +25,7 @@ void fkt_VTconvertXLSALML(Program& ctx, const std::string& source, std::int32_t 
                           std::int32_t messageCount);
 
 // The second workbook: the header keywords and the lists, in a session of its own.
-int fkt_VTconvertXLSTPLALML(Program& ctx, const std::string& source,
-                            const std::string& targetBase, Flag acceptDamaged);
+int fkt_VTconvertXLSTPLALML(Program& ctx, const std::string& source, const std::string& targetBase,
+                            Flag acceptDamaged);
 
 }  // namespace qumbrel

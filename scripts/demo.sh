@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
-# The demo: installs the packages, builds, simulates a few VT recorder files and converts
-# each of them to a CSV report and to an XLS sheet with the qumbrel program.
+# The demo: installs the packages, builds, simulates recorder files of every family and
+# converts each of them to a CSV report and to an XLS sheet with the qumbrel program, and
+# the VT files into a workbook template (made by docs/make_example_template.py).
 #
 #   scripts/demo.sh              # everything, from a fresh Debian 12 machine
 #   scripts/demo.sh --no-build   # use what build/ (or $BUILD_DIR) already holds
 #
 # Everything it makes is under ./demo-out (removed and made again on every run):
-# in/ the simulated files, home-csv/ and home-xls/ the two program folders (option file,
-# logs, register), csv/ and xls/ the reports.
+# in/ the simulated files, home-csv/, home-xls/ and home-tpl/ the program folders (option
+# file, logs, register), csv/, xls/ and workbooks/ the reports, template.xltx the template.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${BUILD_DIR:-$root/build}"
@@ -45,7 +46,8 @@ for tool in qumbrel recsim; do
 done
 
 rm -rf "$demo"
-mkdir -p "$demo/in" "$demo/csv" "$demo/xls" "$demo/home-csv" "$demo/home-xls"
+mkdir -p "$demo/in" "$demo/csv" "$demo/xls" "$demo/workbooks" "$demo/home-csv" "$demo/home-xls" \
+    "$demo/home-tpl"
 
 echo "== simulating recorder files of the five families in $demo/in"
 start="2024-03-05 08:00:00"
@@ -67,9 +69,10 @@ ls -l "$demo/in"
 
 # One program folder per target format. binfilemodus=2 keeps the sources where they are
 # (and registers them), so both runs read the same files.
-write_options() { # home target-folder targetformat
+write_options() { # home target-folder targetformat [template]
     cat >"$1/qumbrel.ini" <<EOF
 [file]
+excelsourcefile=${4:-}
 targetpath=$2
 binfilemodus=2
 targetformat=$3
@@ -86,6 +89,8 @@ EOF
 }
 write_options "$demo/home-csv" "$demo/csv" 0
 write_options "$demo/home-xls" "$demo/xls" 1
+/usr/bin/python3 "$root/docs/make_example_template.py" "$demo/template.xltx"
+write_options "$demo/home-tpl" "$demo/workbooks" 2 "$demo/template.xltx"
 
 failed=0
 for home in home-csv home-xls; do
@@ -100,9 +105,19 @@ for home in home-csv home-xls; do
     done
 done
 
+echo "== filling the template $demo/template.xltx from the VT files"
+for f in "$demo"/in/*.og?; do
+    if "$bin/qumbrel" --headless --quiet --home "$demo/home-tpl" "$f"; then
+        echo "   $(basename "$f"): filled"
+    else
+        echo "   $(basename "$f"): FAILED (see $demo/home-tpl/error.log)"
+        failed=1
+    fi
+done
+
 echo
 echo "== reports"
-ls -l "$demo/csv" "$demo/xls"
+ls -l "$demo/csv" "$demo/xls" "$demo/workbooks"
 echo
 echo "== the first lines of $demo/csv/line1.csv"
 head -n 40 "$demo/csv/line1.csv"

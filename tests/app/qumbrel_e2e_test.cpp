@@ -62,7 +62,7 @@ struct Folder {
     pid_t pid = -1;  // of a launched run
 
     Folder() {
-        for (const char* d : {"home", "in", "out"}) fs::create_directories(dir.file(d));
+        for (const char* d : {"home", "in", "out", "tmp"}) fs::create_directories(dir.file(d));
         write_file(dir.file("blocker"), "x");
     }
     ~Folder() {
@@ -96,8 +96,9 @@ struct Folder {
     std::string command(const std::string& args) const {
         write_options();
         return "cd " + expand("@", true) + " && QUMBREL_HOME=" + expand("@/home", true) +
-               " QUMBREL_REGION=en-US exec " + sh_quote(QUMBREL_BIN_DIR "/qumbrel") +
-               " --headless " + expand(args, true) + " >" + expand("@/run.out", true) + " 2>&1";
+               " TMPDIR=" + expand("@/tmp", true) + " QUMBREL_REGION=en-US exec " +
+               sh_quote(QUMBREL_BIN_DIR "/qumbrel") + " --headless " + expand(args, true) + " >" +
+               expand("@/run.out", true) + " 2>&1";
     }
     int qumbrel(const std::string& args) const {
         const int status = std::system(command(args).c_str());
@@ -273,6 +274,50 @@ TEST(Qumbrel, OneRunPerCase) {
             EXPECT_EQ(r.printed(), "");
         }
     }
+}
+
+// Template reports end to end: a VT file into the user's workbook in delete mode, a
+// legacy .xls template that this engine cannot open (the source stays, the copy is
+// marked), and FDA mode, whose report cannot be printed here and is kept in the
+// temporary folder.
+TEST(Qumbrel, TemplateReportsDisposeOfTheSourceOnlyAfterAFilledWorkbook) {
+    Folder r;
+    fs::create_directories(r.dir.file("tpl"));
+    if (std::system(("/usr/bin/python3 " QUMBREL_SOURCE_DIR "/tests/excel/make_templates.py " +
+                     sh_quote(r.dir.file("tpl")))
+                        .c_str()) != 0)
+        GTEST_SKIP() << "python3-openpyxl is needed";
+    r.simulate("in/a.oge", "event");
+    r.file["targetformat"] = "2";
+    r.file["excelsourcefile"] = "@/tpl/vt.xlsx";
+    r.file["binfilemodus"] = "1";
+    EXPECT_EQ(r.qumbrel("@/in/a.oge"), 0) << r.printed();
+    EXPECT_FALSE(fs::exists(r.dir.file("in/a.oge")));
+    ASSERT_TRUE(fs::exists(r.dir.file("out/a.xlsx"))) << r.printed();
+    const std::string back = r.dir.file("back.txt");
+    ASSERT_EQ(std::system(("/usr/bin/python3 " QUMBREL_SOURCE_DIR "/tests/excel/read_back.py " +
+                           sh_quote(r.dir.file("out/a.xlsx")) + " > " + sh_quote(back))
+                              .c_str()),
+              0);
+    EXPECT_NE(read_file(back).find("Data\tB1\ts\t'a.oge'"), std::string::npos) << read_file(back);
+    EXPECT_NE(read_file(back).find("Data\tB4\tn\t25"), std::string::npos) << read_file(back);
+
+    write_file(r.dir.file("tpl/old.xls"), std::string("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8));
+    r.file["excelsourcefile"] = "@/tpl/old.xls";
+    r.simulate("in/b.oge", "event");
+    EXPECT_EQ(r.qumbrel("@/in/b.oge"), 1) << r.printed();
+    EXPECT_TRUE(fs::exists(r.dir.file("in/b.oge"))) << r.printed();
+    EXPECT_NE(read_file(r.dir.file("home/error.log")).find("fkt_VTconvertXLSTPL"),
+              std::string::npos);
+
+    r.file["excelsourcefile"] = "@/tpl/vt.xlsx";
+    r.simulate("in/c.oge", "event");
+    EXPECT_EQ(r.qumbrel("--fda @/in/c.oge"), 0) << r.printed();
+    EXPECT_TRUE(fs::exists(r.dir.file("tmp/c.xlsx"))) << r.printed();
+    EXPECT_NE(r.printed().find("Not printed; the report is kept: " + r.dir.file("tmp/c.xlsx")),
+              std::string::npos)
+        << r.printed();
+    EXPECT_EQ(r.printed().find(r.dir.file("out/c")), std::string::npos);
 }
 
 TEST(Qumbrel, IndexModeRegistersAndAServiceRunSkipsARegisteredFile) {

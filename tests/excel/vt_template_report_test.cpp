@@ -26,10 +26,10 @@ struct VtTemplate : ::testing::Test, test::VtReportFixture {
 
     static void SetUpTestSuite() {
         if (std::system("/usr/bin/python3 -c 'import openpyxl' 2>/dev/null") != 0) return;
-        made_ = std::system(("/usr/bin/python3 " QUMBREL_SOURCE_DIR
-                             "/tests/excel/make_templates.py '" +
-                             templates().file("") + "'")
-                                .c_str()) == 0;
+        made_ =
+            std::system(("/usr/bin/python3 " QUMBREL_SOURCE_DIR "/tests/excel/make_templates.py '" +
+                         templates().file("") + "'")
+                            .c_str()) == 0;
     }
     void SetUp() override {
         if (!made_) GTEST_SKIP() << "python3-openpyxl is needed to make the templates";
@@ -113,7 +113,7 @@ TEST_F(VtTemplate, EventFileFillsKeywordsChannelsAndListsAsTheCsvReportShowsThem
     EXPECT_EQ(result, 0);
     EXPECT_FALSE(p->state<ExcelSession>().failed);
     EXPECT_EQ(s.at("Data!B1"), "s\t'a.oge'");
-    EXPECT_FALSE(s.contains("Data!B1#comment"));  // a written cell loses its comment
+    EXPECT_FALSE(s.contains("Data!B1#comment"));                 // a written cell loses its comment
     EXPECT_EQ(s.at("Data!F1#comment"), "batch name goes here");  // no batch: kept
     EXPECT_FALSE(s.contains("Data!F1")) << s.at("Data!F1");
     EXPECT_EQ(value_of(s, "Data!B4"), 12);
@@ -184,13 +184,15 @@ TEST_F(VtTemplate, WindowsWithoutSamplesAndNoMeasurementsWriteNoData) {
     EXPECT_FALSE(s.contains("Data!A10")) << s.at("Data!A10");
     EXPECT_FALSE(s.contains("Data!D10"));
 
-    template_options({}, {{"TimeSelect", "1"}, {"TimeStart", "23:00:00"}, {"TimeStop", "23:30:00"}});
+    template_options({},
+                     {{"TimeSelect", "1"}, {"TimeStart", "23:00:00"}, {"TimeStop", "23:30:00"}});
     s = fill(src, "nowindow");
     EXPECT_EQ(value_of(s, "Data!B4"), 12);
     EXPECT_FALSE(s.contains("Data!A10"));
 
     // A window of the samples 10:00:03 to 10:00:05: rows without gaps from the named row.
-    template_options({}, {{"TimeSelect", "1"}, {"TimeStart", "10:00:03"}, {"TimeStop", "10:00:05"}});
+    template_options({},
+                     {{"TimeSelect", "1"}, {"TimeStart", "10:00:03"}, {"TimeStop", "10:00:05"}});
     s = fill(src, "window");
     EXPECT_EQ(s.at("Data!C10"), "s\t'10:00:03 AM'");
     EXPECT_EQ(s.at("Data!C12"), "s\t'10:00:05 AM'");
