@@ -1,8 +1,10 @@
 #include "excel/ooxml/sheet_filler.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <set>
 #include <sstream>
@@ -69,6 +71,55 @@ std::string raw(pugi::xml_node n) {
     return out.str();
 }
 
+// The text of a part as it is written: in memory up to the spill size, then in an
+// anonymous temporary file, in chunks of about that size.
+class PartOutput {
+  public:
+    explicit PartOutput(std::size_t spillAbove) : spillAbove_(spillAbove) {}
+
+    PartOutput& operator+=(std::string_view text) {
+        buffer_.append(text);
+        if (buffer_.size() >= spillAbove_) spill();
+        return *this;
+    }
+    void append(const char* begin, const char* end) {
+        *this += std::string_view(begin, static_cast<std::size_t>(end - begin));
+    }
+    void reserve(std::size_t bytes) { buffer_.reserve(std::min(bytes, spillAbove_ + 65536)); }
+
+    FilledPart finish() {
+        FilledPart part;
+        if (!file_) {
+            part.bytes = std::move(buffer_);
+            return part;
+        }
+        spill();
+        if (std::fflush(file_.get()) != 0 || std::fseek(file_.get(), 0, SEEK_SET) != 0)
+            throw PackageError(std::string("cannot write a temporary file: ") +
+                               std::strerror(errno));
+        part.file = std::move(file_);
+        return part;
+    }
+
+  private:
+    void spill() {
+        if (!file_) {
+            file_.reset(std::tmpfile());
+            if (!file_)
+                throw PackageError(std::string("no temporary file for a large sheet: ") +
+                                   std::strerror(errno));
+        }
+        if (std::fwrite(buffer_.data(), 1, buffer_.size(), file_.get()) != buffer_.size())
+            throw PackageError(std::string("cannot write a temporary file: ") +
+                               std::strerror(errno));
+        buffer_.clear();
+    }
+
+    std::size_t spillAbove_;
+    std::string buffer_;
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_{nullptr, &std::fclose};
+};
+
 }  // namespace
 
 std::string column_letters(std::uint32_t col) {
@@ -84,7 +135,8 @@ std::string column_letters(std::uint32_t col) {
 SheetFiller::SheetFiller(std::string xml, std::string part)
     : xml_(std::move(xml)), part_(std::move(part)) {}
 
-std::string SheetFiller::fill(std::vector<Cell>& cells, const std::vector<std::string>& texts) {
+FilledPart SheetFiller::fill_part(std::vector<Cell>& cells, const std::vector<std::string>& texts,
+                                  std::size_t spillAbove) {
     std::sort(cells.begin(), cells.end(), [](const Cell& a, const Cell& b) {
         return a.row != b.row ? a.row < b.row : a.col != b.col ? a.col < b.col : a.order < b.order;
     });
@@ -229,7 +281,7 @@ std::string SheetFiller::fill(std::vector<Cell>& cells, const std::vector<std::s
 
     // Capacity is only address space until written: a generous guess costs no memory,
     // a short one a copy of everything written so far.
-    std::string body;
+    PartOutput body(spillAbove);
     body.reserve(head.size() + inner.size() + tail.size() + cells.size() * 48 + 64);
     body += head;
     body += "<" + P + "sheetData>";
@@ -319,7 +371,7 @@ std::string SheetFiller::fill(std::vector<Cell>& cells, const std::vector<std::s
 
     body += "</" + P + "sheetData>";
     body += tail;
-    return body;
+    return body.finish();
 }
 
 }  // namespace qumbrel::ooxml

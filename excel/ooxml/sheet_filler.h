@@ -12,12 +12,24 @@
 // warning says so).
 //
 //   SheetFiller f(sheetXml, "xl/worksheets/sheet1.xml");
-//   std::string filled = f.fill(cells);
+//   std::string filled = f.fill(cells, texts);
+//   FilledPart big = f.fill_part(cells, texts, 8 << 20);  // spilled to a temporary file
+
 #include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
 namespace qumbrel::ooxml {
+
+// A filled part: its bytes, or, when it grew past the spill size, an anonymous temporary
+// file holding them (rewound), so that a sheet of a million rows is never held whole.
+struct FilledPart {
+    std::string bytes;
+    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file{nullptr, &std::fclose};
+};
 
 class SheetFiller {
   public:
@@ -37,7 +49,12 @@ class SheetFiller {
     // The filled part. `cells` (all within the sheet's rows and columns) is sorted and
     // rid of overwritten writes in place; `texts` holds the text cells' texts. Throws
     // PackageError for a sheet whose XML is damaged.
-    std::string fill(std::vector<Cell>& cells, const std::vector<std::string>& texts);
+    std::string fill(std::vector<Cell>& cells, const std::vector<std::string>& texts) {
+        return fill_part(cells, texts, std::numeric_limits<std::size_t>::max()).bytes;
+    }
+    // The same, spilled to a temporary file once it holds more than `spillAbove` bytes.
+    FilledPart fill_part(std::vector<Cell>& cells, const std::vector<std::string>& texts,
+                         std::size_t spillAbove);
 
     std::size_t written() const { return written_; }
     bool formulas_overwritten() const { return formulasOverwritten_; }

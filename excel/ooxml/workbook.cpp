@@ -87,6 +87,8 @@ bool parse_reference(std::string_view text, std::string& sheet, CellAddress& cel
 namespace {
 
 constexpr std::uint64_t kMaxFormattedCells = 4'194'304;
+// A filled sheet larger than this goes to the archive through a temporary file.
+constexpr std::size_t kSpillAbove = 8u << 20;
 
 // A sheet name as a reference takes it: quoted, with quotes doubled, unless it is a plain
 // word that starts with a letter.
@@ -387,17 +389,6 @@ SaveReport Workbook::save_as(const std::string& out) const {
     report.cellsDropped = dropped_;
     std::map<std::string, std::string> replaced;
     std::set<std::string> removed;
-    for (std::size_t s = 0; s < sheets_.size(); ++s) {
-        if (writes_[s].empty()) continue;
-        if (!sheets_[s].worksheet)
-            throw PackageError("sheet " + sheets_[s].name + " is no worksheet and takes no values");
-        SheetFiller filler(package_.read(sheets_[s].part), sheets_[s].part);
-        replaced[sheets_[s].part] = filler.fill(writes_[s], texts_);
-        report.cellsWritten += filler.written();
-        if (filler.formulas_overwritten()) report.formulasOverwritten = true;
-        for (const auto& w : filler.warnings())
-            report.warnings.push_back(sheets_[s].name + ": " + w);
-    }
     if (styles_ && styles_->changed()) replaced[stylesPart_] = styles_->xml();
     if (!added_.empty()) {
         pugi::xml_document book;
@@ -420,8 +411,30 @@ SaveReport Workbook::save_as(const std::string& out) const {
         report.notesDeleted +=
             delete_comments(package_, sheets_[s].part, uncommented_[s], replaced, removed);
     }
+    // The sheets last: a sheet whose notes all went has lost its <legacyDrawing> above,
+    // and a large one goes to the archive from a temporary file.
+    ZipPackage::SpilledParts spilled;
+    for (std::size_t s = 0; s < sheets_.size(); ++s) {
+        if (writes_[s].empty()) continue;
+        if (!sheets_[s].worksheet)
+            throw PackageError("sheet " + sheets_[s].name + " is no worksheet and takes no values");
+        const std::string& part = sheets_[s].part;
+        const auto edited = replaced.find(part);
+        SheetFiller filler(edited != replaced.end() ? edited->second : package_.read(part), part);
+        FilledPart filled = filler.fill_part(writes_[s], texts_, kSpillAbove);
+        if (filled.file) {
+            replaced.erase(part);
+            spilled.emplace(part, std::move(filled.file));
+        } else {
+            replaced[part] = std::move(filled.bytes);
+        }
+        report.cellsWritten += filler.written();
+        if (filler.formulas_overwritten()) report.formulasOverwritten = true;
+        for (const auto& w : filler.warnings())
+            report.warnings.push_back(sheets_[s].name + ": " + w);
+    }
     adjust_package(package_, workbookPart_, out, report.formulasOverwritten, replaced, removed);
-    package_.save_as(out, replaced, removed);
+    package_.save_as(out, replaced, removed, std::move(spilled));
     return report;
 }
 

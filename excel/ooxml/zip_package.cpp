@@ -141,9 +141,11 @@ std::string ZipPackage::read(std::string_view name) const {
 }
 
 void ZipPackage::save_as(const std::string& out, const std::map<std::string, std::string>& replaced,
-                         const std::set<std::string>& removed) const {
+                         const std::set<std::string>& removed, SpilledParts spilled) const {
     std::set<std::string> drop;
     for (const auto& r : removed) drop.insert(lower_name(r));
+    std::map<std::string, std::unique_ptr<std::FILE, int (*)(std::FILE*)>*> fromFile;
+    for (auto& [name, file] : spilled) fromFile[lower_name(name)] = &file;
     std::map<std::string, const std::string*> put;  // lower name -> bytes
     std::map<std::string, std::string> putNames;    // lower name -> name to store
     for (const auto& [name, bytes] : replaced) {
@@ -169,6 +171,19 @@ void ZipPackage::save_as(const std::string& out, const std::map<std::string, std
         }
         zip_set_file_compression(dst, static_cast<zip_uint64_t>(at), ZIP_CM_DEFLATE, kDeflateLevel);
     };
+    // The file goes to the source, which closes it when it is freed.
+    auto add_file = [&](const std::string& name,
+                        std::unique_ptr<std::FILE, int (*)(std::FILE*)>& file) {
+        zip_source_t* src = zip_source_filep(dst, file.get(), 0, -1);
+        if (!src) fail(zip_strerror(dst));
+        file.release();
+        const zip_int64_t at = zip_file_add(dst, name.c_str(), src, ZIP_FL_ENC_UTF_8);
+        if (at < 0) {
+            zip_source_free(src);
+            fail(zip_strerror(dst));
+        }
+        zip_set_file_compression(dst, static_cast<zip_uint64_t>(at), ZIP_CM_DEFLATE, kDeflateLevel);
+    };
     auto copy_raw = [&](std::size_t index, const std::string& name) {
         zip_source_t* src = zip_source_zip(dst, archive_->zip, index, ZIP_FL_COMPRESSED, 0, -1);
         if (!src) fail(zip_strerror(dst));
@@ -180,7 +195,10 @@ void ZipPackage::save_as(const std::string& out, const std::map<std::string, std
     auto emit = [&](const std::string& name, std::size_t index) {
         const std::string key = lower_name(name);
         if (drop.count(key)) return;
-        if (const auto it = put.find(key); it != put.end()) {
+        if (const auto f = fromFile.find(key); f != fromFile.end()) {
+            add_file(name, *f->second);
+            fromFile.erase(f);
+        } else if (const auto it = put.find(key); it != put.end()) {
             add_bytes(name, *it->second);
             put.erase(it);
         } else {
@@ -202,6 +220,17 @@ void ZipPackage::save_as(const std::string& out, const std::map<std::string, std
     for (const auto& [key, bytes] : put) add_bytes(putNames[key], *bytes);
     if (zip_close(dst) != 0) fail(zip_strerror(dst));
     sync_file(out);
+}
+
+std::uint64_t ZipPackage::stored_size(const std::string& path, std::string_view name) {
+    int code = 0;
+    zip_t* z = zip_open(path.c_str(), ZIP_RDONLY, &code);
+    if (!z) return 0;
+    zip_stat_t st;
+    const std::string n(name);
+    const bool found = zip_stat(z, n.c_str(), 0, &st) == 0 && (st.valid & ZIP_STAT_SIZE);
+    zip_discard(z);
+    return found ? st.size : 0;
 }
 
 void ZipPackage::write_new(const std::string& path,

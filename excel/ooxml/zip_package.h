@@ -7,6 +7,7 @@
 //   ZipPackage in = ZipPackage::open("/t/report.xlsx");   // throws PackageError
 //   std::string sheet = in.read("xl/worksheets/sheet1.xml");
 //   in.save_as("/out/r.xlsx", {{"xl/worksheets/sheet1.xml", filled}}, {"xl/calcChain.xml"});
+#include <cstdio>
 #include <map>
 #include <memory>
 #include <set>
@@ -49,8 +50,14 @@ class ZipPackage {
     // Writes the package to `out`: `[Content_Types].xml` first, `replaced` parts (stored
     // name or new name -> bytes) deflated, `removed` parts left out, the rest copied raw.
     // The file appears complete or not at all, and is synced.
+    // `spilled` parts are read from their (rewound) files, which the archive closes.
+    using SpilledParts = std::map<std::string, std::unique_ptr<std::FILE, int (*)(std::FILE*)>>;
     void save_as(const std::string& out, const std::map<std::string, std::string>& replaced,
-                 const std::set<std::string>& removed) const;
+                 const std::set<std::string>& removed, SpilledParts spilled = {}) const;
+
+    // The uncompressed size the archive at `path` gives its part `name` (no checks, no
+    // reading); 0 when there is no such part.
+    static std::uint64_t stored_size(const std::string& path, std::string_view name);
 
     // A new package at `path` of these parts, in this order, deflated; complete or not at
     // all, and synced.

@@ -305,6 +305,46 @@ TEST_F(Ooxml, AMacroWorkbookKeepsItsChartAndMacroAndOpensInLibreOffice) {
               ",\"a.oge\",\n,,\n,,\n,,1.500\n\"last wins\",,\n");
 }
 
+// A large sheet goes through a temporary file in chunks; its bytes are those of the sheet
+// made in memory.
+TEST(OoxmlSpill, ASpilledSheetHasTheBytesOfOneInMemory) {
+    const std::string xml =
+        "<worksheet xmlns=\"http://schemas.openxmlformats.org/spreadsheetml/2006/main\">"
+        "<sheetData><row r=\"2\"><c r=\"B2\"><v>1</v></c></row></sheetData></worksheet>";
+    std::vector<SheetFiller::Cell> cells;
+    const std::vector<std::string> texts{"a & b"};
+    for (std::uint32_t r = 1; r <= 300; ++r)
+        for (std::uint16_t c = 1; c <= 3; ++c)
+            cells.push_back({r, r * 3u + c, 0, c, static_cast<std::uint8_t>(c == 3 ? 2 : 1),
+                             c == 3 ? 0.0 : r * 0.25});
+    auto again = cells;
+    const std::string inMemory = SheetFiller(xml, "s.xml").fill(cells, texts);
+    FilledPart part = SheetFiller(xml, "s.xml").fill_part(again, texts, 100);
+    ASSERT_TRUE(part.file);
+    EXPECT_TRUE(part.bytes.empty());
+    std::string spilled;
+    char chunk[4096];
+    for (std::size_t n; (n = std::fread(chunk, 1, sizeof chunk, part.file.get())) > 0;)
+        spilled.append(chunk, n);
+    EXPECT_EQ(spilled, inMemory);
+    EXPECT_NE(inMemory.find("<dimension ref=\"A1:C300\"/>"), std::string::npos);
+}
+
+TEST_F(Ooxml, ALargeSheetGoesToTheArchiveWhole) {
+    Workbook book = Workbook::open(path("names.xlsx"));
+    for (std::uint32_t r = 1; r <= 100000; ++r)
+        for (std::uint32_t c = 1; c <= 4; ++c) book.set(1, r, c, r + c * 0.5);  // ~12 MB
+    book.save_as(path("large.xlsx"));
+    const std::string sheet = part(path("large.xlsx"), "xl/worksheets/sheet2.xml");
+    EXPECT_GT(sheet.size(), 8u << 20);
+    expect_ordered(sheet.substr(sheet.find("<row", sheet.size() - 4096)));
+    EXPECT_NE(sheet.find("<dimension ref=\"A1:D100000\"/>"), std::string::npos);
+    EXPECT_NE(sheet.find("<c r=\"D100000\"><v>100002</v></c></row></sheetData>"),
+              std::string::npos);
+    EXPECT_EQ(part(path("large.xlsx"), "xl/worksheets/sheet1.xml"),
+              part(path("names.xlsx"), "xl/worksheets/sheet1.xml"));
+}
+
 TEST(OoxmlNames, WhatExcelTakesAsAName) {
     for (const char* ok : {"filename", "qmb2measdate", "_x", "\\back", "Report", "Cell", "RXa",
                            "Gr\xC3\xB6\xC3\x9F"

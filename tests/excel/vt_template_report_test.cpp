@@ -236,5 +236,37 @@ TEST_F(VtTemplate, SeparateAlarmWorkbookHasHeaderAndListsOnly) {
     EXPECT_EQ(alml.at("Lists!E4"), "s\t'Message 3'");
 }
 
+// Without a template the engine makes a small workbook of its own: header, times and
+// channel 1 on sheet 1. LibreOffice reads it as openpyxl does.
+TEST_F(VtTemplate, NoTemplateFillsTheGeneratedWorkbook) {
+    const std::string src = make(test::vt_sim(Kind::Event, 2, 3), "g.oge");
+    const auto csv = csv_samples(src);
+    template_options({{"excelsourcefile", ""}});
+    const Sheet s = fill(src, "generated");
+    EXPECT_EQ(result, 0);
+    EXPECT_EQ(s.at("Sheet1!B2"), "s\t'g.oge'");
+    EXPECT_EQ(value_of(s, "Sheet1!B5"), 3);
+    EXPECT_EQ(s.at("Sheet1!A8"), "s\t'" + unquote(csv[0][0]) + "'");
+    EXPECT_DOUBLE_EQ(value_of(s, "Sheet1!D8"), std::stod(csv[0][2]));
+    EXPECT_DOUBLE_EQ(value_of(s, "Sheet1!D10"), std::stod(csv[2][2]));
+    EXPECT_FALSE(s.contains("Sheet1!E8"));  // channel 2 has no name here
+
+    const std::string soffice = "/usr/bin/soffice";
+    if (!std::filesystem::exists(soffice)) GTEST_SKIP() << "LibreOffice is not installed";
+    const std::string workbook = p.dir.file("generated") + p->state<ExcelSession>().extension;
+    const std::string cmd = soffice + " -env:UserInstallation=file://" + p.dir.file("profile") +
+                            " --headless --convert-to 'csv:Text - txt - csv (StarCalc):44,34,76' "
+                            "--outdir " +
+                            p.dir.file("lo") + " '" + workbook + "' >/dev/null 2>&1";
+    ASSERT_EQ(std::system(cmd.c_str()), 0);
+    const auto lines = test::lines_of(testing::read_file(p.dir.file("lo/generated.csv")));
+    ASSERT_GE(lines.size(), 10u);
+    EXPECT_TRUE(lines[1].starts_with(",g.oge")) << lines[1];
+    const auto row = test::split(lines[7], ',');
+    ASSERT_GE(row.size(), 4u);
+    EXPECT_EQ(row[0], unquote(csv[0][0]));
+    EXPECT_DOUBLE_EQ(std::stod(row[3]), std::stod(csv[0][2]));
+}
+
 }  // namespace
 }  // namespace qumbrel
