@@ -1,7 +1,7 @@
 // The family functions this build has. Slots of what is not built yet (the template
 // reports of VU, VQ, KL and HN, the customer text) stay empty.
 #include "excel/automation.h"
-#include "excel/vt_template_report.h"
+#include "excel/template_reports.h"
 #include "excel/workbook_template.h"
 #include "pipeline/family_table.h"
 #include "recorder/hn_reader.h"

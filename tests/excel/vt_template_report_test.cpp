@@ -7,7 +7,7 @@
 #include <cstdlib>
 
 #include "excel/automation.h"
-#include "excel/vt_template_report.h"
+#include "excel/template_reports.h"
 #include "excel/workbook_template.h"
 #include "pipeline/convertmain.h"
 #include "tests/reports/vt_report_fixture.h"
