@@ -1,6 +1,8 @@
 #pragma once
 // The channel tables and header keywords of the families whose records have the VT shape
 // (VT, VU, VQ, KL).
+#include <algorithm>
+#include <cctype>
 #include <string>
 
 #include "excel/template_report.h"
@@ -55,6 +57,20 @@ inline Keywords vt_shaped_header(const Info& i) {
             {"groupname", i.groupName},
             {"filetype", i.fileType},
             {"alarmcount", number(i.alarmNum)}};
+}
+
+// 1 for "EVENT FILE", 2 for "DISPLAY FILE" in any case (VU, VQ, KL), else 0.
+inline int upper_case_kind(const std::string& fileType) {
+    std::string u(fileType);
+    for (char& ch : u) ch = static_cast<char>(std::toupper(static_cast<unsigned char>(ch)));
+    return u == "EVENT FILE" ? 1 : u == "DISPLAY FILE" ? 2 : 0;
+}
+
+// Puts `entry` behind the keyword `after` (at the end when there is none).
+inline void insert_after(Keywords& keywords, const std::string& after, Keywords::value_type entry) {
+    const auto it = std::find_if(keywords.begin(), keywords.end(),
+                                 [&](const auto& k) { return k.first == after; });
+    keywords.insert(it == keywords.end() ? it : it + 1, std::move(entry));
 }
 
 }  // namespace qumbrel

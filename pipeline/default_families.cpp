@@ -1,5 +1,4 @@
-// The family functions this build has. Slots of what is not built yet (the template
-// reports of VU, VQ, KL and HN, the customer text) stay empty.
+// The family functions of this build.
 #include "excel/automation.h"
 #include "excel/template_reports.h"
 #include "excel/workbook_template.h"
@@ -9,6 +8,7 @@
 #include "recorder/vq_reader.h"
 #include "recorder/vt_reader.h"
 #include "recorder/vu_reader.h"
+#include "reports/customer_report.h"
 #include "reports/hn_report.h"
 #include "reports/kl_report.h"
 #include "reports/vq_report.h"
@@ -37,6 +37,8 @@ FamilyTable default_family_table() {
     };
     t.vu.fileInfo = fkt_ReadVUFileInfo;
     t.vu.convertCSVXLS = fkt_VUconvertCSVXLS;
+    t.vu.convertXLSTPL = fkt_VUconvertXLSTPL;
+    t.vu.convertXLSTPLALML = fkt_VUconvertXLSTPLALML;
 
     t.vq.typeCheck = VQTypeCheck;
     t.vq.holdOpen = VQHoldOpen;
@@ -45,6 +47,8 @@ FamilyTable default_family_table() {
     };
     t.vq.fileInfo = fkt_ReadVQFileInfo;
     t.vq.convertCSVXLS = fkt_VQconvertCSVXLS;
+    t.vq.convertXLSTPL = fkt_VQconvertXLSTPL;
+    t.vq.convertXLSTPLALML = fkt_VQconvertXLSTPLALML;
 
     t.hn.typeCheck = HNTypeCheck;
     t.hn.holdOpen = HNHoldOpen;
@@ -53,12 +57,18 @@ FamilyTable default_family_table() {
     };
     t.hn.fileInfo = fkt_ReadHNFileInfo;
     t.hn.convertCSVXLS = fkt_HNconvertCSVXLS;
+    t.hn.convertXLSTPL = fkt_HNconvertXLSTPL;
+    t.hn.convertXLSTPLALML = fkt_HNconvertXLSTPLALML;
 
     // KL has no file-elements function: the name composer keeps the previous file's.
     t.kl.typeCheck = KLTypeCheck;
     t.kl.holdOpen = KLHoldOpen;
     t.kl.fileInfo = fkt_ReadKLFileInfo;
     t.kl.convertCSVXLS = fkt_KLconvertCSVXLS;
+    t.kl.convertXLSTPL = fkt_KLconvertXLSTPL;
+    t.kl.convertXLSTPLALML = fkt_KLconvertXLSTPLALML;
+
+    t.customerReport = fkt_convertKaldersteyn;
 
     t.templates.excelformat = [](Program& ctx, const std::string& tpl, Flag macroWanted) {
         fkt_excelformat(ctx, tpl, macroWanted);

@@ -254,3 +254,25 @@ for name, ref in (("filename", "Data!$B$1"), ("recordertype", "Data!$B$2"),
                   ("qmb2evmessage", "Lists!$E$2"), ("evscanno", "Data!$K$2")):
     add_name(wb, name, ref)
 wb.save(os.path.join(folder, "vt.xlsx"))
+
+# The template reports of VU, VQ, KL and HN: the families' own header keywords, channel 1
+# with its alarm marks, the lists' family slots, the VQ signature with a comment.
+wb = openpyxl.Workbook()
+d = wb.active
+d.title = "Data"
+d["K1"].comment = Comment("signer goes here", "author")
+for name, ref in (("filename", "Data!$B$1"), ("filetype", "Data!$B$2"),
+                  ("extchannelcount", "Data!$B$3"), ("operatinglogcount", "Data!$B$4"),
+                  ("ctrlchannelcount", "Data!$B$5"), ("filestatus", "Data!$B$6"),
+                  ("unitnum", "Data!$B$7"), ("batchtext1", "Data!$B$8"),
+                  ("eventcount", "Data!$B$9"), ("measdate", "Data!$A$10"),
+                  ("ch1data", "Data!$C$10"), ("ch1al", "Data!$E$10"), ("ch2data", "Data!$F$10"),
+                  ("ch2al", "Data!$H$10"),
+                  ("alchannelno", "Data!$A$30"), ("altypeshort", "Data!$B$30"),
+                  ("alstatus", "Data!$C$30"), ("alackno", "Data!$D$30"),
+                  ("alaction", "Data!$E$30"), ("evmessage", "Data!$F$30"),
+                  ("evgroupno", "Data!$G$30"), ("evgroup", "Data!$H$30"),
+                  ("opelogno", "Data!$I$30"), ("opeaction", "Data!$J$30"),
+                  ("signname", "Data!$K$1"), ("signsts", "Data!$K$2")):
+    add_name(wb, name, ref)
+wb.save(os.path.join(folder, "family.xlsx"))
