@@ -19,6 +19,8 @@
 
 namespace qumbrel {
 
+class PrinterSystem;
+
 // A value for a cell: a number stays a number, a text stays a text.
 using ExcelValue = std::variant<std::monostate, double, std::string>;
 
@@ -60,12 +62,17 @@ class ExcelAutomation {
     virtual void number_format(const ExcelRange& from, const ExcelRange& to,
                                const std::string& format) = 0;
     virtual void run_macro(const std::string& macro) = 0;  // Application.Run
-    virtual void print_workbook() = 0;                     // Workbook.PrintOut
-    virtual void print_active_sheet() = 0;                 // ActiveSheet.PrintOut
-    virtual void save() = 0;                               // Workbook.Save
-    virtual void save_as(const std::string& file) = 0;     // ActiveWorkbook.SaveAs
-    virtual void close() = 0;                              // Workbook.Close False
-    virtual void quit() = 0;                               // Application.Quit
+    // Workbook.PrintOut and ActiveSheet.PrintOut, on the named printer (Excel prints on the
+    // default printer, which the session has just made this one).
+    virtual void print_workbook(const std::string& printer) = 0;
+    virtual void print_active_sheet(const std::string& printer) = 0;
+    virtual void save() = 0;                            // Workbook.Save
+    virtual void save_as(const std::string& file) = 0;  // ActiveWorkbook.SaveAs
+    virtual void close() = 0;                           // Workbook.Close False
+    virtual void quit() = 0;                            // Application.Quit
+    // What the program noted beside its work since the last call (a sheet cut to the rows
+    // of an .xls workbook, ...), for the log.
+    virtual std::vector<std::string> take_warnings() { return {}; }
 };
 
 // The session of one report: the program, whether it is still there, and the extension
@@ -82,7 +89,10 @@ struct ExcelSession {
 };
 
 // The native binding: OOXML workbooks read and written in process (.xlsx, .xlsm, .xltx,
-// .xltm). Macros and printing need a spreadsheet program: they fail with 1004.
-std::unique_ptr<ExcelAutomation> make_native_automation();
+// .xltm). Legacy .xls/.xlt workbooks, the macro and printing go through the LibreOffice
+// binding when it is installed (printed on `printers`); otherwise they fail with 1004 and
+// say what to install.
+std::unique_ptr<ExcelAutomation> make_native_automation(
+    std::shared_ptr<PrinterSystem> printers = nullptr);
 
 }  // namespace qumbrel

@@ -37,9 +37,23 @@ void print_on(Program& ctx, const std::string& printer, const std::string& shown
             report_trapped(ctx, "PrintOut", 0);
         }
     };
+    // An unknown printer prints nothing: the job is never sent to another one.
+    bool known = false;
+    try {
+        if (const auto& system = ctx.state<PrintState>().system) {
+            for (const std::string& p : system->printers()) known = known || p == printer;
+        }
+    } catch (...) {
+    }
+    if (!known) {
+        ctx.state<ExcelSession>().printFailed = true;
+        status(ctx, word + shown + ": there is no printer \"" + printer + "\"; nothing printed");
+        report_plain(ctx, "PrintOut: there is no printer \"" + printer + "\"", shown);
+        return;
+    }
     const std::string& pages = ctx.opt.printpage;
     if (pages.empty()) {
-        printed([&s] { s.app->print_workbook(); });
+        printed([&s, &printer] { s.app->print_workbook(printer); });
     } else {
         // The list starts with "|": its first element is empty and not used.
         std::size_t at = pages.find('|');
@@ -56,7 +70,7 @@ void print_on(Program& ctx, const std::string& printer, const std::string& shown
             } catch (...) {
                 // No such sheet (1004): the sheet active now is printed.
             }
-            printed([&s] { s.app->print_active_sheet(); });
+            printed([&s, &printer] { s.app->print_active_sheet(printer); });
         }
     }
     status(ctx, word + shown + " [" + printer + "] finished");
@@ -69,7 +83,7 @@ bool excel_session_open(Program& ctx, const std::string& workbook, const std::st
     ExcelSession& s = ctx.state<ExcelSession>();
     for (int attempt = 0; attempt < attempts && !s.app; ++attempt) {
         try {
-            s.app = make_native_automation();
+            s.app = make_native_automation(ctx.state<PrintState>().system);
         } catch (...) {
         }
     }
@@ -107,6 +121,10 @@ void excel_session_close(Program& ctx) {
     try {
         // In FDA mode a report is printed only; one that could not be printed is kept.
         if (!is_set(ctx.run.bFda) || s.printFailed) s.app->save();
+        for (const std::string& w : s.app->take_warnings()) {
+            status(ctx, w);
+            fkt_logevent(ctx, w, kFalse, 2);
+        }
         s.app->close();
         s.app->quit();
     } catch (const VbError& e) {

@@ -47,9 +47,13 @@ void run_template_macro(Program& ctx) {
             // No such macro, or an engine that runs none (1004): logged, and the report
             // goes on.
             template_status(ctx, "Qumbrel: " + std::to_string(e.number()) + " " + e.description());
-            fkt_logevent(ctx, "macro Qumbrel: " + e.description(), kFalse, 2);
-            if (e.number() == errnum::kRemoteServerGone || e.number() == errnum::kObjectRequired)
+            report_plain(ctx,
+                         "macro Qumbrel: " + std::to_string(e.number()) + " " + e.description());
+            if (e.number() == errnum::kRemoteServerGone || e.number() == errnum::kObjectRequired) {
+                // The office suite is gone (a hung macro was stopped): the report fails.
                 s.alive = false;
+                throw;
+            }
         }
     }
     template_status(ctx, fkt_translate(ctx, "closefile"));

@@ -35,7 +35,8 @@ ExcelValue sample_cell_value(const SampleCell& cell);
 void template_status(Program& ctx, std::string_view text);
 
 // With runexcelmakro: the macro "Qumbrel" (a missing macro or an engine without macros is
-// logged and passed); then "closefile".
+// logged and passed; an office suite that had to be stopped throws, and the report takes
+// its failure path); then "closefile".
 void run_template_macro(Program& ctx);
 
 }  // namespace qumbrel

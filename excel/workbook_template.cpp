@@ -1,4 +1,5 @@
 #include "excel/workbook_template.h"
+#include "reports/printer.h"
 
 #include <filesystem>
 
@@ -28,13 +29,6 @@ constexpr std::pair<const char*, const char*> kGeneratedNames[] = {
     {"qmb1endtime", "R4C2"},  {"qmb1validdatacount", "R5C2"}, {"qmb1measdate", "R8C1"},
     {"qmb1meastime", "R8C2"},
 };
-
-// What the native engine cannot open (.xls, .xlt, .xlsb) goes through LibreOffice, which
-// this build does not bind.
-[[noreturn]] void needs_libreoffice(const std::string& path) {
-    throw VbError(errnum::kApplicationDefined,
-                  path + ": binary workbooks need the LibreOffice binding (libreoffice-calc)");
-}
 
 }  // namespace
 
@@ -104,7 +98,7 @@ bool fkt_exceltemplate(Program& ctx, const std::string& templatePath,
                 fkt_lststatus(ctx, fkt_translate(ctx, "TemplateNotExist") + ": ");
             std::error_code ec;
             if (std::filesystem::exists(targetPath, ec)) files.DeleteFile(targetPath);
-            s.app = make_native_automation();
+            s.app = make_native_automation(ctx.state<PrintState>().system);
             s.alive = true;
             s.app->add(std::nullopt);
             s.app->activate_sheet(1);
@@ -134,8 +128,24 @@ bool fkt_exceltemplate(Program& ctx, const std::string& templatePath,
             return false;
         }
         if (std::filesystem::exists(targetPath, ec)) files.DeleteFile(targetPath);
-        if (to_upper_ascii(Cls_APIFile::GetFileExtension(templatePath, true)) == "XLT")
-            needs_libreoffice(templatePath);
+        if (to_upper_ascii(Cls_APIFile::GetFileExtension(templatePath, true)) == "XLT") {
+            // A workbook made from the template, as Workbooks.Add does (one retry); the
+            // engine converts it through the LibreOffice binding or says what is missing.
+            for (int attempt = 0; attempt < 2 && !s.app; ++attempt) {
+                try {
+                    s.app = make_native_automation(ctx.state<PrintState>().system);
+                } catch (...) {
+                }
+            }
+            if (!s.app) throw VbError(errnum::kApplicationDefined, "no spreadsheet engine");
+            s.alive = true;
+            s.app->add(templatePath);
+            s.app->save_as(targetPath);
+            s.app->close();
+            s.app->quit();
+            s.app.reset();
+            return true;
+        }
         // A copy beside the target under the template's own name, then renamed; with an
         // extension other than the template's the rename finds nothing and the copy stays
         // (kept so).

@@ -43,6 +43,9 @@ class PrinterSystem {
     virtual std::unique_ptr<PrintJob> start_job(const std::string& printer,
                                                 PageOrientation orientation,
                                                 const std::string& title) = 0;
+    // A PDF document as one job on `printer`.
+    virtual void print_pdf(const std::string& printer, const std::string& pdfPath,
+                           const std::string& title);
     virtual DefaultPrinter default_printer() = 0;
     virtual void set_default(const std::string& printer) = 0;
     virtual void clear_chosen_default() = 0;

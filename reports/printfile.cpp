@@ -68,6 +68,10 @@ void PrintFile2(Program& ctx, const std::string& FileName, std::int16_t Orientat
     print_on(ctx, ctx.opt.printer2, FileName, Orientation, "PrintFile2()");
 }
 
+void PrinterSystem::print_pdf(const std::string& printer, const std::string&, const std::string&) {
+    throw VbError(kPrinterError, "the print service takes no PDF documents: " + printer);
+}
+
 void print_report(Program& ctx, const std::string& reportBase, const std::string& fileName,
                   bool isXls) {
     const std::int16_t orientation = ctx.opt.printerorientationland != 0 ? 2 : 1;

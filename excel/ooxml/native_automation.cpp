@@ -1,14 +1,23 @@
 // ExcelAutomation over the native workbook engine. A workbook is kept open as a Workbook
 // (the package it was read from plus the writes waiting for the save); a save writes a new
 // package and opens it again, so the session goes on from what was saved.
+//
+// Legacy .xls/.xlt workbooks are converted by the LibreOffice binding into a hidden .xlsm
+// beside them (a VBA project survives the way there and back), filled natively and
+// converted back on every save. The macro and printing run on a saved state of the
+// workbook through the same binding.
 #include <unistd.h>
 
+#include <cctype>
 #include <filesystem>
 #include <optional>
+#include <utility>
 
 #include "excel/automation.h"
+#include "excel/office/office_helper.h"
 #include "excel/ooxml/workbook.h"
 #include "frame/errors.h"
+#include "reports/printer.h"
 
 namespace qumbrel {
 
@@ -21,33 +30,66 @@ using ooxml::Workbook;
     throw VbError(errnum::kApplicationDefined, what);
 }
 
+std::string lower_extension(const std::string& file) {
+    std::string ext = std::filesystem::path(file).extension().string();
+    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return ext;
+}
+
+bool is_legacy(const std::string& file) {
+    const std::string ext = lower_extension(file);
+    return ext == ".xls" || ext == ".xlt";
+}
+
+// A hidden name beside `file` for its OOXML working copy.
+std::string working_name(const std::string& file) {
+    const std::filesystem::path p(file);
+    return (p.parent_path() / ("." + p.filename().string() + ".qumbrel.xlsm")).string();
+}
+
+std::string first_line(const std::string& text) {
+    const std::string line = text.substr(0, text.find('\n'));
+    return line.empty() ? "no reason given" : line;
+}
+
 class NativeAutomation final : public ExcelAutomation {
   public:
+    explicit NativeAutomation(std::shared_ptr<PrinterSystem> printers)
+        : printers_(std::move(printers)) {}
     ~NativeAutomation() override { close(); }
 
     std::string version() override { return "16.0"; }
 
     void open(const std::string& file) override {
         close();
-        book_.emplace(load(file));
+        if (is_legacy(file)) {
+            need_office("the workbook " + file);
+            const std::string working = working_name(file);
+            run_office({"convert", file, working}, "converting " + file);
+            working_ = working;
+            book_.emplace(load(working_));
+        } else {
+            book_.emplace(load(file));
+        }
         path_ = file;
         active_ = 1;
     }
 
     void add(const std::optional<std::string>& templateFile) override {
         close();
-        if (templateFile) {
+        if (templateFile && is_legacy(*templateFile)) {
+            // A new workbook from a legacy template: its OOXML copy in a scratch file.
+            need_office("the template " + *templateFile);
+            const std::string scratch = make_scratch(".xlsm");
+            run_office({"convert", *templateFile, scratch}, "converting " + *templateFile);
+            book_.emplace(load(scratch));
+        } else if (templateFile) {
             book_.emplace(load(*templateFile));
         } else {
             // A new workbook lives in a scratch file until it is saved somewhere.
-            char scratch[] = "/tmp/qumbrel-book-XXXXXX";
-            const int fd = ::mkstemp(scratch);
-            if (fd < 0) fail("no scratch file for a new workbook");
-            ::close(fd);
-            scratch_ = std::string(scratch) + ".xlsx";
-            std::filesystem::rename(scratch, scratch_);
+            const std::string scratch = make_scratch(".xlsx");
             try {
-                book_.emplace(Workbook::create(scratch_, "Sheet1"));
+                book_.emplace(Workbook::create(scratch, "Sheet1"));
             } catch (const PackageError& e) {
                 fail(e.what());
             }
@@ -173,11 +215,16 @@ class NativeAutomation final : public ExcelAutomation {
     }
 
     void run_macro(const std::string& macro) override {
-        fail("the macro " + macro + " cannot run: macros need LibreOffice, not installed");
+        need();
+        need_office("the macro " + macro);
+        const std::string file = saved_state();
+        run_office({"macro", file, macro}, "the macro " + macro);
+        book_.emplace(load(file));  // what the macro did
     }
-    void print_workbook() override { fail("printing a workbook needs LibreOffice, not installed"); }
-    void print_active_sheet() override {
-        fail("printing a workbook needs LibreOffice, not installed");
+
+    void print_workbook(const std::string& printer) override { print(printer, ""); }
+    void print_active_sheet(const std::string& printer) override {
+        print(printer, std::to_string(active_));
     }
 
     void save() override {
@@ -188,27 +235,103 @@ class NativeAutomation final : public ExcelAutomation {
 
     void save_as(const std::string& file) override {
         need();
-        try {
-            book_->save_as(file);
-            book_.emplace(Workbook::open(file));
-        } catch (const PackageError& e) {
-            fail(e.what());
+        if (is_legacy(file)) {
+            need_office("saving " + file);
+            const std::string working = working_.empty() ? working_name(file) : working_;
+            write(working);
+            working_ = working;
+            run_office({"convert", working_, file}, "saving " + file);
+        } else {
+            write(file);
         }
         path_ = file;
     }
 
     void close() override {
         book_.reset();
-        if (!scratch_.empty()) {
-            std::error_code ec;
-            std::filesystem::remove(scratch_, ec);
-            scratch_.clear();
+        std::error_code ec;
+        for (std::string* f : {&scratch_, &working_}) {
+            if (f->empty()) continue;
+            std::filesystem::remove(*f, ec);
+            f->clear();
         }
     }
+
+    std::vector<std::string> take_warnings() override { return std::exchange(warnings_, {}); }
 
     void quit() override { close(); }
 
   private:
+    // A scratch file name of this extension, owned by the session until closed.
+    const std::string& make_scratch(const std::string& extension) {
+        char scratch[] = "/tmp/qumbrel-book-XXXXXX";
+        const int fd = ::mkstemp(scratch);
+        if (fd < 0) fail("no scratch file for a new workbook");
+        ::close(fd);
+        scratch_ = std::string(scratch) + extension;
+        std::error_code ec;
+        std::filesystem::rename(scratch, scratch_, ec);
+        if (ec) fail("no scratch file for a new workbook");
+        return scratch_;
+    }
+    // Saves the workbook to `file` and goes on from there.
+    void write(const std::string& file) {
+        try {
+            book_->save_as(file);
+            book_.emplace(Workbook::open(file));
+        } catch (const PackageError& e) {
+            fail(e.what());
+        }
+    }
+    // The workbook as it stands, in an OOXML file of its own or its working copy.
+    std::string saved_state() {
+        const std::string file = !working_.empty() ? working_ : !path_.empty() ? path_ : scratch_;
+        if (file.empty()) fail("the workbook has no file");
+        write(file);
+        return file;
+    }
+    void need_office(const std::string& what) const {
+        if (!office_.available())
+            fail(what + " needs the LibreOffice binding: " + office_.missing());
+    }
+    // One run of the LibreOffice helper. Past its time limit the office suite is gone for
+    // this session (462); other failures are 1004 with the helper's reason.
+    void run_office(const std::vector<std::string>& args, const std::string& what) {
+        const OfficeResult r = office_.run(args);
+        std::size_t at = 0;
+        while (at < r.out.size()) {
+            const std::size_t end = std::min(r.out.find('\n', at), r.out.size());
+            const std::string line = r.out.substr(at, end - at);
+            if (line.starts_with("warning: ")) warnings_.push_back(what + ": " + line.substr(9));
+            at = end + 1;
+        }
+        if (r.timedOut) throw VbError(errnum::kRemoteServerGone, what + ": " + r.err);
+        if (r.exitCode != 0) fail(what + ": " + first_line(r.err));
+    }
+    void print(const std::string& printer, const std::string& sheet) {
+        need();
+        need_office("printing a workbook");
+        if (!printers_) fail("printing a workbook: there is no print service");
+        const std::string file = saved_state();
+        char pdf[] = "/tmp/qumbrel-print-XXXXXX";
+        const int fd = ::mkstemp(pdf);
+        if (fd < 0) fail("printing a workbook: no temporary file");
+        ::close(fd);
+        const std::string pdfFile = std::string(pdf) + ".pdf";
+        std::error_code ec;
+        std::filesystem::rename(pdf, pdfFile, ec);
+        std::vector<std::string> args{"pdf", file, pdfFile};
+        if (!sheet.empty()) args.push_back(sheet);
+        try {
+            run_office(args, "printing " + workbook_name());
+            printers_->print_pdf(printer, pdfFile, workbook_name());
+        } catch (...) {
+            std::filesystem::remove(pdfFile, ec);
+            throw;
+        }
+        std::filesystem::remove(pdfFile, ec);
+    }
+
     static Workbook load(const std::string& file) {
         try {
             return Workbook::open(file);
@@ -230,13 +353,17 @@ class NativeAutomation final : public ExcelAutomation {
     std::optional<Workbook> book_;
     std::string path_;
     std::string scratch_;
+    std::string working_;  // the OOXML copy of a legacy workbook
     std::int32_t active_ = 1;
+    std::shared_ptr<PrinterSystem> printers_;
+    OfficeHelper office_;
+    std::vector<std::string> warnings_;
 };
 
 }  // namespace
 
-std::unique_ptr<ExcelAutomation> make_native_automation() {
-    return std::make_unique<NativeAutomation>();
+std::unique_ptr<ExcelAutomation> make_native_automation(std::shared_ptr<PrinterSystem> printers) {
+    return std::make_unique<NativeAutomation>(std::move(printers));
 }
 
 }  // namespace qumbrel

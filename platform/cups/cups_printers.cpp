@@ -3,6 +3,7 @@
 #include <cups/cups.h>
 
 #include <cstring>
+#include <fstream>
 #include <span>
 #include <string>
 
@@ -103,6 +104,11 @@ class CupsJob : public PrintJob {
         buffer_.push_back('\n');
         if (buffer_.size() >= kJobChunk) flush();
     }
+    // Bytes of the document as they are (a PDF).
+    void write(std::string_view bytes) {
+        buffer_.append(bytes);
+        if (buffer_.size() >= kJobChunk) flush();
+    }
 
     void end() override {
         flush();
@@ -142,6 +148,23 @@ class CupsPrinterSystem : public PrinterSystem {
 
     std::unique_ptr<PrintJob> start_job(const std::string& printer, PageOrientation orientation,
                                         const std::string& title) override {
+        return open_job(printer, orientation, title, CUPS_FORMAT_TEXT);
+    }
+
+    void print_pdf(const std::string& printer, const std::string& pdfPath,
+                   const std::string& title) override {
+        std::ifstream in(pdfPath, std::ios::binary);
+        if (!in) fail("cannot read " + pdfPath);
+        auto job = open_job(printer, PageOrientation::Portrait, title, CUPS_FORMAT_PDF);
+        char chunk[kJobChunk];
+        while (in.read(chunk, sizeof chunk) || in.gcount() > 0)
+            job->write(std::string_view(chunk, static_cast<std::size_t>(in.gcount())));
+        job->end();
+    }
+
+  private:
+    std::unique_ptr<CupsJob> open_job(const std::string& printer, PageOrientation orientation,
+                                      const std::string& title, const char* format) {
         Http http = connect();
         const auto slash = printer.find('/');
         const std::string name = printer.substr(0, slash);
@@ -163,14 +186,15 @@ class CupsPrinterSystem : public PrinterSystem {
                                                        title.c_str(), count, options);
         cupsFreeOptions(count, options);
         if (created > IPP_STATUS_OK_CONFLICTING) fail("cannot create a job on " + printer);
-        if (cupsStartDestDocument(http.get(), dest.get(), info.get(), jobId, title.c_str(),
-                                  CUPS_FORMAT_TEXT, 0, nullptr, 1) != HTTP_STATUS_CONTINUE) {
+        if (cupsStartDestDocument(http.get(), dest.get(), info.get(), jobId, title.c_str(), format,
+                                  0, nullptr, 1) != HTTP_STATUS_CONTINUE) {
             cupsCancelDestJob(http.get(), dest.get(), jobId);
             fail("cannot start the document on " + printer);
         }
         return std::make_unique<CupsJob>(std::move(http), std::move(dest), std::move(info), jobId);
     }
 
+  public:
     DefaultPrinter default_printer() override {
         const Http http = connect();
         DefaultPrinter result;

@@ -122,8 +122,8 @@ class Gone final : public ExcelAutomation {
         fail();
     }
     void run_macro(const std::string&) override { fail(); }
-    void print_workbook() override { fail(); }
-    void print_active_sheet() override { fail(); }
+    void print_workbook(const std::string&) override { fail(); }
+    void print_active_sheet(const std::string&) override { fail(); }
     void save() override { fail(); }
     void save_as(const std::string&) override { fail(); }
     void close() override { fail(); }

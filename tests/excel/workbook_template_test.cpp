@@ -90,13 +90,14 @@ TEST_F(WorkbookTemplate, GeneratedWorkbookCopiesAndFailures) {
     EXPECT_TRUE(fs::exists(p.dir.file("out/other.xltx")));
     EXPECT_FALSE(fs::exists(p.dir.file("out/o.xlsx")));
 
-    // A missing template, and an .xlt template without LibreOffice: false and logged.
+    // A missing template, and an .xlt template that is none: false and logged.
     EXPECT_FALSE(fkt_exceltemplate(*p, p.dir.file("none.xltx"), p.dir.file("out/n.xlsx")));
     testing::write_file(p.dir.file("old.xlt"), "binary");
     EXPECT_FALSE(fkt_exceltemplate(*p, p.dir.file("old.xlt"), p.dir.file("out/x.xls")));
     const std::string log = testing::read_file(p->program_file("error.log"));
     EXPECT_NE(log.find(": " + p.dir.file("none.xltx")), std::string::npos) << log;
-    EXPECT_NE(log.find("LibreOffice"), std::string::npos) << log;
+    EXPECT_NE(log.find("fkt_exceltemplate() ; Errorsource"), std::string::npos) << log;
+    EXPECT_NE(log.find(p.dir.file("old.xlt")), std::string::npos) << log;
 }
 
 }  // namespace
