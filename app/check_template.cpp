@@ -1,8 +1,13 @@
 #include "app/check_template.h"
 
+#include <unistd.h>
 #include <cctype>
 #include <cstdio>
+#include <cstdlib>
 
+#include <filesystem>
+
+#include "excel/office/office_helper.h"
 #include "excel/ooxml/sheet_filler.h"
 #include "excel/ooxml/workbook.h"
 
@@ -20,13 +25,61 @@ std::size_t qmb_sheet(const std::string& name) {
     return i > 3 && i < name.size() ? n : 0;
 }
 
+bool legacy(const std::string& path) {
+    std::string ext = std::filesystem::path(path).extension().string();
+    for (char& c : ext) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return ext == ".xls" || ext == ".xlt";
+}
+
+// Which engine serves which workbooks on this machine.
+void print_engines(const OfficeHelper& office) {
+    std::printf("engines:\n  .xlsx .xlsm .xltx .xltm\tnative\n");
+    if (office.available())
+        std::printf("  .xls .xlt, macro Qumbrel, printing\tLibreOffice binding\n");
+    else
+        std::printf("  .xls .xlt, macro Qumbrel, printing\tnot available: %s\n",
+                    office.missing().c_str());
+}
+
 }  // namespace
 
 int check_template(const std::string& path) {
+    const OfficeHelper office;
+    // A legacy workbook is read as the engine will fill it: converted by LibreOffice.
+    std::string readable = path;
+    struct Remove {
+        std::string file;
+        ~Remove() {
+            std::error_code ec;
+            if (!file.empty()) std::filesystem::remove(file, ec);
+        }
+    } converted;
+    if (legacy(path)) {
+        if (!office.available()) {
+            std::fprintf(stderr,
+                         "qumbrel: %s: .xls and .xlt templates need the LibreOffice binding: "
+                         "%s\n",
+                         path.c_str(), office.missing().c_str());
+            print_engines(office);
+            return 1;
+        }
+        char scratch[] = "/tmp/qumbrel-check-XXXXXX";
+        if (const int fd = ::mkstemp(scratch); fd >= 0) ::close(fd);
+        converted.file = std::string(scratch) + ".xlsm";
+        std::filesystem::rename(scratch, converted.file);
+        const OfficeResult r = office.run({"convert", path, converted.file});
+        if (r.exitCode != 0) {
+            std::fprintf(stderr, "qumbrel: %s: %s\n", path.c_str(),
+                         r.timedOut ? r.err.c_str() : r.err.substr(0, r.err.find('\n')).c_str());
+            return 1;
+        }
+        readable = converted.file;
+    }
     try {
-        const ooxml::Workbook book = ooxml::Workbook::open(path);
+        const ooxml::Workbook book = ooxml::Workbook::open(readable);
         const auto& sheets = book.sheets();
-        std::printf("%s: %zu sheet(s)\n", path.c_str(), sheets.size());
+        std::printf("%s: %zu sheet(s)%s\n", path.c_str(), sheets.size(),
+                    readable != path ? " (read through the LibreOffice binding)" : "");
         for (std::size_t i = 0; i < sheets.size(); ++i)
             std::printf("  sheet %zu: %s%s\n", i + 1, sheets[i].name.c_str(),
                         sheets[i].worksheet ? "" : " (no worksheet: takes no values)");
@@ -58,6 +111,7 @@ int check_template(const std::string& path) {
             anySkipped = true;
             std::printf("  %s\t%s\n", d.name.c_str(), d.skipped.c_str());
         }
+        print_engines(office);
         return 0;
     } catch (const ooxml::PackageError& e) {
         std::fprintf(stderr, "qumbrel: %s\n", e.what());
