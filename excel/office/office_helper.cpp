@@ -78,8 +78,9 @@ OfficeResult OfficeHelper::run(const std::vector<std::string>& args) const {
         return r;
     }
     if (profile_.empty()) {
-        char dir[] = "/tmp/qumbrel-office-XXXXXX";
-        if (!::mkdtemp(dir)) {
+        const char* tmp = std::getenv("TMPDIR");
+        std::string dir = std::string(tmp && *tmp ? tmp : "/tmp") + "/qumbrel-office-XXXXXX";
+        if (!::mkdtemp(dir.data())) {
             r.err = "no folder for a LibreOffice profile";
             return r;
         }
@@ -149,6 +150,13 @@ OfficeResult OfficeHelper::run(const std::vector<std::string>& args) const {
     if (r.timedOut) {
         ::kill(-pid, SIGKILL);
         ::waitpid(pid, &status, 0);
+        // The stopped office suite leaves its lock files beside the documents it held.
+        for (const std::string& a : args) {
+            const fs::path file(a);
+            std::error_code ec;
+            if (file.is_absolute() && file.has_filename())
+                fs::remove(file.parent_path() / (".~lock." + file.filename().string() + "#"), ec);
+        }
         r.err = "LibreOffice did not finish within " + std::to_string(limit_.count()) +
                 " s and was stopped";
         return r;

@@ -179,17 +179,30 @@ TEST_F(OfficeBinding, AnEndlessMacroIsStoppedAndTheReportFails) {
     const std::string src = make(test::vt_sim(Kind::Event, 2, 3), "h.oge");
     const std::string before = testing::read_file(src);
     ::setenv("QUMBREL_OFFICE_TIMEOUT", "8", 1);
+    // The profile in a folder of this test, so that its soffice can be told apart.
+    const std::string tmp = p.dir.file("officetmp");
+    std::filesystem::create_directories(tmp);
+    const char* oldTmp = std::getenv("TMPDIR");
+    const std::string savedTmp = oldTmp ? oldTmp : "";
+    ::setenv("TMPDIR", tmp.c_str(), 1);
     const auto t0 = std::chrono::steady_clock::now();
     fill(src, templates().file("loops.xlsm"), "hung", {{"runexcelmakro", "1"}});
     const auto took = std::chrono::steady_clock::now() - t0;
     ::unsetenv("QUMBREL_OFFICE_TIMEOUT");
+    if (oldTmp)
+        ::setenv("TMPDIR", savedTmp.c_str(), 1);
+    else
+        ::unsetenv("TMPDIR");
     EXPECT_TRUE(p->state<ExcelSession>().failed);
     EXPECT_LT(took, std::chrono::seconds(60));
     EXPECT_NE(error_log().find("did not finish within 8 s"), std::string::npos) << error_log();
     EXPECT_EQ(testing::read_file(src), before);
-    // No soffice of a private profile of ours is left running.
-    EXPECT_NE(std::system("pgrep -f 'UserInstallation=file:///tmp/qumbrel-offic[e]-' >/dev/null"),
-              0);
+    for (const auto& e : std::filesystem::directory_iterator(p.dir.path()))
+        EXPECT_FALSE(e.path().filename().string().starts_with(".~lock.")) << e.path();
+    // No soffice of this test's private profile is left running ("[/]" keeps pgrep's own
+    // shell from matching).
+    const std::string pattern = "UserInstallation=file://" + tmp + "[/]qumbrel-office-";
+    EXPECT_NE(std::system(("pgrep -f '" + pattern + "' >/dev/null").c_str()), 0);
 }
 
 TEST_F(OfficeBinding, PrintsTheListedSheetsOnTheCupsQueue) {
