@@ -148,14 +148,12 @@ void fkt_HNconvertXLSALML(Program& ctx, const std::string& source, std::int32_t 
 
 int fkt_HNconvertXLSTPL(Program& ctx, const std::string& source, const std::string& targetBase,
                         Flag acceptDamaged) {
-    HnTemplate family;
-    return run_template_report(ctx, family, source, targetBase, is_set(acceptDamaged));
+    return template_report<HnTemplate>(ctx, source, targetBase, acceptDamaged);
 }
 
 int fkt_HNconvertXLSTPLALML(Program& ctx, const std::string& source, const std::string& targetBase,
                             Flag acceptDamaged) {
-    HnTemplate family;
-    return run_separate_workbook(ctx, family, source, targetBase, is_set(acceptDamaged));
+    return separate_workbook<HnTemplate>(ctx, source, targetBase, acceptDamaged);
 }
 
 }  // namespace qumbrel

@@ -17,6 +17,7 @@
 
 #include "excel/automation.h"
 #include "frame/context.h"
+#include "frame/flag.h"
 #include "recorder/sample_cursor.h"
 
 namespace qumbrel {
@@ -79,6 +80,20 @@ int run_template_report(Program& ctx, TemplateFamily& family, const std::string&
 // The separate alarm and message workbook: head, header keywords, the lists.
 int run_separate_workbook(Program& ctx, TemplateFamily& family, const std::string& source,
                           const std::string& targetBase, bool acceptDamaged);
+
+// Both for a family class: what the families' fkt_..convertXLSTPL(ALML) functions do.
+template <class Family>
+int template_report(Program& ctx, const std::string& source, const std::string& targetBase,
+                    Flag acceptDamaged) {
+    Family family;
+    return run_template_report(ctx, family, source, targetBase, is_set(acceptDamaged));
+}
+template <class Family>
+int separate_workbook(Program& ctx, const std::string& source, const std::string& targetBase,
+                      Flag acceptDamaged) {
+    Family family;
+    return run_separate_workbook(ctx, family, source, targetBase, is_set(acceptDamaged));
+}
 
 // A list of the lists function: the positions of `keys` (slot order; "" is a slot the
 // family has no keyword for), then `count` entries, each read by `read(index, values)`

@@ -63,13 +63,9 @@ class VqTemplate final : public TemplateFamily {
 
     std::vector<TemplateChannel> channels(Program& ctx, const std::string& source,
                                           const TemplateFile&) override {
-        std::vector<TemplateChannel> out;
-        for (std::int32_t c = 0; c < std::min(channelCount_, 1000); ++c) {
-            VQChannelInfo ci;
-            VQGetChDataInfo(ctx, 0, source, c, ci);
-            out.push_back(vt_shaped_channel(ctx, ci));
-        }
-        return out;
+        return read_vt_shaped_channels<VQChannelInfo>(
+            ctx, channelCount_,
+            [&](std::int32_t c, VQChannelInfo& ci) { VQGetChDataInfo(ctx, 0, source, c, ci); });
     }
 
     int kind(const std::string& fileType) const override { return upper_case_kind(fileType); }
@@ -77,14 +73,9 @@ class VqTemplate final : public TemplateFamily {
     std::unique_ptr<SampleCursor> open(Program& ctx, const std::string& source,
                                        const std::vector<TemplateChannel>& channels,
                                        const TemplateFile& file, bool eventFile) override {
-        std::vector<std::string> numbers;
-        std::vector<std::int32_t> decimals;
-        for (const TemplateChannel& c : channels) {
-            numbers.push_back(std::to_string(c.chNo));
-            decimals.push_back(c.decimals);
-        }
-        return VQOpenMeasData(ctx, 0, source, numbers, file.dataCount, decimals, to_flag(eventFile),
-                              ctx.state<SampleBlockSetting>().samples);
+        const CursorChannels cc = cursor_channels(channels);
+        return VQOpenMeasData(ctx, 0, source, cc.numbers, file.dataCount, cc.decimals,
+                              to_flag(eventFile), ctx.state<SampleBlockSetting>().samples);
     }
 
     void lists(Program& ctx, const std::string& source, const TemplateFile& file) override {
@@ -169,14 +160,12 @@ void fkt_VQconvertXLSALML(Program& ctx, const std::string& source, std::int32_t 
 
 int fkt_VQconvertXLSTPL(Program& ctx, const std::string& source, const std::string& targetBase,
                         Flag acceptDamaged) {
-    VqTemplate family;
-    return run_template_report(ctx, family, source, targetBase, is_set(acceptDamaged));
+    return template_report<VqTemplate>(ctx, source, targetBase, acceptDamaged);
 }
 
 int fkt_VQconvertXLSTPLALML(Program& ctx, const std::string& source, const std::string& targetBase,
                             Flag acceptDamaged) {
-    VqTemplate family;
-    return run_separate_workbook(ctx, family, source, targetBase, is_set(acceptDamaged));
+    return separate_workbook<VqTemplate>(ctx, source, targetBase, acceptDamaged);
 }
 
 }  // namespace qumbrel

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cctype>
 #include <string>
+#include <vector>
 
 #include "excel/template_report.h"
 #include "frame/context.h"
@@ -57,6 +58,34 @@ inline Keywords vt_shaped_header(const Info& i) {
             {"groupname", i.groupName},
             {"filetype", i.fileType},
             {"alarmcount", number(i.alarmNum)}};
+}
+
+// The channel tables of `count` channels, each read by `read(index from 0, record)`.
+template <class Channel, class Read>
+std::vector<TemplateChannel> read_vt_shaped_channels(Program& ctx, std::int32_t count, Read read) {
+    std::vector<TemplateChannel> out;
+    for (std::int32_t c = 0; c < std::min(count, 1000); ++c) {
+        Channel ci;
+        read(c, ci);
+        out.push_back(vt_shaped_channel(ctx, ci));
+    }
+    return out;
+}
+
+// What a family's cursor takes of the channels, by position.
+struct CursorChannels {
+    std::vector<std::string> numbers;  // decimal texts of the channel numbers
+    std::vector<std::int32_t> decimals, dataTypes;
+};
+
+inline CursorChannels cursor_channels(const std::vector<TemplateChannel>& channels) {
+    CursorChannels out;
+    for (const TemplateChannel& c : channels) {
+        out.numbers.push_back(std::to_string(c.chNo));
+        out.decimals.push_back(c.decimals);
+        out.dataTypes.push_back(c.dataType);
+    }
+    return out;
 }
 
 // 1 for "EVENT FILE", 2 for "DISPLAY FILE" in any case (VU, VQ, KL), else 0.

@@ -41,13 +41,9 @@ class VtTemplate final : public TemplateFamily {
 
     std::vector<TemplateChannel> channels(Program& ctx, const std::string& source,
                                           const TemplateFile&) override {
-        std::vector<TemplateChannel> out;
-        for (std::int32_t c = 0; c < std::min(measCount_, 1000); ++c) {
-            VTChannelInfo ci;
-            VTGetChDataInfo(ctx, source, c, ci);
-            out.push_back(vt_shaped_channel(ctx, ci));
-        }
-        return out;
+        return read_vt_shaped_channels<VTChannelInfo>(
+            ctx, measCount_,
+            [&](std::int32_t c, VTChannelInfo& ci) { VTGetChDataInfo(ctx, source, c, ci); });
     }
 
     int kind(const std::string& fileType) const override {
@@ -57,14 +53,9 @@ class VtTemplate final : public TemplateFamily {
     std::unique_ptr<SampleCursor> open(Program& ctx, const std::string& source,
                                        const std::vector<TemplateChannel>& channels,
                                        const TemplateFile& file, bool eventFile) override {
-        std::vector<std::string> numbers;
-        std::vector<std::int32_t> decimals;
-        for (const TemplateChannel& c : channels) {
-            numbers.push_back(std::to_string(c.chNo));
-            decimals.push_back(c.decimals);
-        }
-        return VTOpenMeasData(ctx, source, numbers, file.dataCount, decimals, to_flag(eventFile),
-                              ctx.state<SampleBlockSetting>().samples);
+        const CursorChannels cc = cursor_channels(channels);
+        return VTOpenMeasData(ctx, source, cc.numbers, file.dataCount, cc.decimals,
+                              to_flag(eventFile), ctx.state<SampleBlockSetting>().samples);
     }
 
     void lists(Program& ctx, const std::string& source, const TemplateFile& file) override {
@@ -110,14 +101,12 @@ void fkt_VTconvertXLSALML(Program& ctx, const std::string& source, std::int32_t 
 
 int fkt_VTconvertXLSTPL(Program& ctx, const std::string& source, const std::string& targetBase,
                         Flag acceptDamaged) {
-    VtTemplate family;
-    return run_template_report(ctx, family, source, targetBase, is_set(acceptDamaged));
+    return template_report<VtTemplate>(ctx, source, targetBase, acceptDamaged);
 }
 
 int fkt_VTconvertXLSTPLALML(Program& ctx, const std::string& source, const std::string& targetBase,
                             Flag acceptDamaged) {
-    VtTemplate family;
-    return run_separate_workbook(ctx, family, source, targetBase, is_set(acceptDamaged));
+    return separate_workbook<VtTemplate>(ctx, source, targetBase, acceptDamaged);
 }
 
 }  // namespace qumbrel

@@ -70,13 +70,9 @@ class VuTemplate final : public TemplateFamily {
 
     std::vector<TemplateChannel> channels(Program& ctx, const std::string& source,
                                           const TemplateFile&) override {
-        std::vector<TemplateChannel> out;
-        for (std::int32_t c = 0; c < std::min(channelCount_, 1000); ++c) {
-            VUChannelInfo ci;
-            VUGetChDataInfo(ctx, 0, source, c, ci);
-            out.push_back(vt_shaped_channel(ctx, ci));
-        }
-        return out;
+        return read_vt_shaped_channels<VUChannelInfo>(
+            ctx, channelCount_,
+            [&](std::int32_t c, VUChannelInfo& ci) { VUGetChDataInfo(ctx, 0, source, c, ci); });
     }
 
     int kind(const std::string& fileType) const override { return upper_case_kind(fileType); }
@@ -86,14 +82,8 @@ class VuTemplate final : public TemplateFamily {
     std::unique_ptr<SampleCursor> open(Program& ctx, const std::string& source,
                                        const std::vector<TemplateChannel>& channels,
                                        const TemplateFile& file, bool eventFile) override {
-        std::vector<std::string> numbers;
-        std::vector<std::int32_t> decimals, types;
-        for (const TemplateChannel& c : channels) {
-            numbers.push_back(std::to_string(c.chNo));
-            decimals.push_back(c.decimals);
-            types.push_back(c.dataType);
-        }
-        return VUOpenMeasData(ctx, 0, source, numbers, file.dataCount, decimals, types,
+        const CursorChannels cc = cursor_channels(channels);
+        return VUOpenMeasData(ctx, 0, source, cc.numbers, file.dataCount, cc.decimals, cc.dataTypes,
                               vu_time_base(ctx, startTime_, samplingInt_), to_flag(eventFile),
                               ctx.state<SampleBlockSetting>().samples);
     }
@@ -137,14 +127,12 @@ void fkt_VUconvertXLSALML(Program& ctx, const std::string& source, std::int32_t 
 
 int fkt_VUconvertXLSTPL(Program& ctx, const std::string& source, const std::string& targetBase,
                         Flag acceptDamaged) {
-    VuTemplate family;
-    return run_template_report(ctx, family, source, targetBase, is_set(acceptDamaged));
+    return template_report<VuTemplate>(ctx, source, targetBase, acceptDamaged);
 }
 
 int fkt_VUconvertXLSTPLALML(Program& ctx, const std::string& source, const std::string& targetBase,
                             Flag acceptDamaged) {
-    VuTemplate family;
-    return run_separate_workbook(ctx, family, source, targetBase, is_set(acceptDamaged));
+    return separate_workbook<VuTemplate>(ctx, source, targetBase, acceptDamaged);
 }
 
 }  // namespace qumbrel

@@ -9,7 +9,7 @@
 #include "excel/automation.h"
 #include "excel/template_reports.h"
 #include "excel/workbook_template.h"
-#include "tests/reports/vt_report_fixture.h"
+#include "tests/excel/template_fixture.h"
 
 namespace qumbrel {
 namespace {
@@ -17,25 +17,17 @@ namespace {
 using reclib::Family;
 using reclib::Kind;
 using test::Keys;
-using Sheet = std::map<std::string, std::string>;
+using test::Sheet;
+using test::unquote;
+using test::value_of;
 using Generator = int (*)(Program&, const std::string&, const std::string&, Flag);
 
 struct FamilyTemplate : ::testing::Test, test::VtReportFixture {
     FamilyTemplate() : VtReportFixture("en-US") {}
 
-    static void SetUpTestSuite() {
-        if (std::system("/usr/bin/python3 -c 'import openpyxl' 2>/dev/null") != 0) return;
-        made_ =
-            std::system(("/usr/bin/python3 " QUMBREL_SOURCE_DIR "/tests/excel/make_templates.py '" +
-                         templates().file("") + "'")
-                            .c_str()) == 0;
-    }
     void SetUp() override {
-        if (!made_) GTEST_SKIP() << "python3-openpyxl is needed to make the templates";
-    }
-    static const testing::TempDir& templates() {
-        static testing::TempDir dir;
-        return dir;
+        if (test::template_folder().empty())
+            GTEST_SKIP() << "python3-openpyxl is needed to make the templates";
     }
 
     reclib::SimOptions sim(Family family, Kind kind, int samples = 8) {
@@ -47,19 +39,13 @@ struct FamilyTemplate : ::testing::Test, test::VtReportFixture {
         return o;
     }
 
-    // The CSV report's sample lines of `src`, split at ",".
     std::vector<std::vector<std::string>> csv_samples(const std::string& src, Generator csv) {
-        options({{"targetformat", "0"}});
-        generator = csv;
-        std::vector<std::vector<std::string>> rows;
-        for (const auto& l : test::samples_of(test::lines_of(convert(src, "csv"))))
-            rows.push_back(test::split(l, ','));
-        return rows;
+        return test::csv_samples(*this, src, csv);
     }
 
     Sheet fill(const std::string& src, const std::string& base, Generator report, Keys more = {}) {
         more.try_emplace("targetformat", "2");
-        more.try_emplace("excelsourcefile", templates().file("family.xlsx"));
+        more.try_emplace("excelsourcefile", test::template_folder() + "/family.xlsx");
         more.try_emplace("alarminclusive", "1");
         more.try_emplace("messageinclusive", "1");
         options(more);
@@ -67,36 +53,12 @@ struct FamilyTemplate : ::testing::Test, test::VtReportFixture {
         workbook = p.dir.file(base) + p->state<ExcelSession>().extension;
         EXPECT_TRUE(fkt_exceltemplate(*p, p->opt.excelsourcefile, workbook));
         result = report(*p, src, p.dir.file(base), kFalse);
-        const std::string out = p.dir.file("back.txt");
-        const std::string cmd = "/usr/bin/python3 " QUMBREL_SOURCE_DIR
-                                "/tests/excel/read_back.py '" +
-                                workbook + "' > '" + out + "' 2>&1";
-        EXPECT_EQ(std::system(cmd.c_str()), 0) << testing::read_file(out);
-        Sheet cells;
-        for (const std::string& line : test::lines_of(testing::read_file(out))) {
-            const auto f = test::split(line, '\t');
-            if (f.size() >= 4 && f[2] == "comment")
-                cells[f[1] + "#comment"] = f[3];
-            else if (f.size() >= 4 && f[0] != "name")
-                cells[f[1]] = f[2] + "\t" + f[3];
-        }
-        return cells;
+        return test::read_workbook(workbook, p.dir.file("back.txt"), false);
     }
 
-    static inline bool made_ = false;
     int result = -1;
     std::string workbook;
 };
-
-std::string unquote(const std::string& s) {
-    return s.size() >= 2 && s.front() == '"' ? s.substr(1, s.size() - 2) : s;
-}
-
-double value_of(const Sheet& s, const std::string& cell) {
-    const auto it = s.find(cell);
-    if (it == s.end() || !it->second.starts_with("n\t")) return NAN;
-    return std::strtod(it->second.c_str() + 2, nullptr);
-}
 
 std::string text_of(const Sheet& s, const std::string& cell) {
     const auto it = s.find(cell);

@@ -10,7 +10,7 @@
 #include "excel/template_reports.h"
 #include "excel/workbook_template.h"
 #include "pipeline/convertmain.h"
-#include "tests/reports/vt_report_fixture.h"
+#include "tests/excel/template_fixture.h"
 
 namespace qumbrel {
 namespace {
@@ -18,30 +18,22 @@ namespace {
 using reclib::Kind;
 using test::Keys;
 
-// What openpyxl reads: cell -> "type\tvalue" (sheet-qualified), comments and names.
-using Sheet = std::map<std::string, std::string>;
+using test::Sheet;
+using test::unquote;
+using test::value_of;
 
 struct VtTemplate : ::testing::Test, test::VtReportFixture {
     VtTemplate() : VtReportFixture("en-US") {}
 
-    static void SetUpTestSuite() {
-        if (std::system("/usr/bin/python3 -c 'import openpyxl' 2>/dev/null") != 0) return;
-        made_ =
-            std::system(("/usr/bin/python3 " QUMBREL_SOURCE_DIR "/tests/excel/make_templates.py '" +
-                         templates().file("") + "'")
-                            .c_str()) == 0;
-    }
     void SetUp() override {
-        if (!made_) GTEST_SKIP() << "python3-openpyxl is needed to make the templates";
+        if (test::template_folder().empty())
+            GTEST_SKIP() << "python3-openpyxl is needed to make the templates";
     }
-    static const testing::TempDir& templates() {
-        static testing::TempDir dir;
-        return dir;
-    }
+    static std::string tpl(const std::string& name) { return test::template_folder() + "/" + name; }
 
     void template_options(Keys more = {}, Keys user = {}) {
         more.try_emplace("targetformat", "2");
-        more.try_emplace("excelsourcefile", templates().file("vt.xlsx"));
+        more.try_emplace("excelsourcefile", tpl("vt.xlsx"));
         more.try_emplace("alarminclusive", "1");
         more.try_emplace("messageinclusive", "1");
         options(more, user);
@@ -55,49 +47,15 @@ struct VtTemplate : ::testing::Test, test::VtReportFixture {
         result = fkt_VTconvertXLSTPL(*p, src, p.dir.file(base), acceptDamaged);
         return read(target);
     }
-
     Sheet read(const std::string& workbook) {
-        const std::string out = p.dir.file("back.txt");
-        const std::string cmd = "/usr/bin/python3 " QUMBREL_SOURCE_DIR
-                                "/tests/excel/read_back.py '" +
-                                workbook + "' > '" + out + "' 2>&1";
-        EXPECT_EQ(std::system(cmd.c_str()), 0) << testing::read_file(out);
-        Sheet cells;
-        for (const std::string& line : test::lines_of(testing::read_file(out))) {
-            const auto f = test::split(line, '\t');
-            if (f.size() >= 4 && f[2] == "comment")
-                cells[f[0] + "!" + f[1] + "#comment"] = f[3];
-            else if (f.size() >= 4 && f[0] != "name")
-                cells[f[0] + "!" + f[1]] = f[2] + "\t" + f[3];
-        }
-        return cells;
+        return test::read_workbook(workbook, p.dir.file("back.txt"), true);
     }
-
-    // The CSV report's sample lines of the same file, split at ",".
     std::vector<std::vector<std::string>> csv_samples(const std::string& src) {
-        const Keys keep{{"targetformat", "0"}};
-        options(keep);
-        generator = fkt_VTconvertCSVXLS;
-        const auto lines = test::samples_of(test::lines_of(convert(src, "csv")));
-        std::vector<std::vector<std::string>> rows;
-        for (const auto& l : lines) rows.push_back(test::split(l, ','));
-        return rows;
+        return test::csv_samples(*this, src, fkt_VTconvertCSVXLS);
     }
 
-    static inline bool made_ = false;
     int result = -1;
 };
-
-std::string unquote(const std::string& s) {
-    return s.size() >= 2 && s.front() == '"' ? s.substr(1, s.size() - 2) : s;
-}
-
-// A number cell "n\t1.5" by its value.
-double value_of(const Sheet& s, const std::string& cell) {
-    const auto it = s.find(cell);
-    if (it == s.end() || !it->second.starts_with("n\t")) return NAN;
-    return std::strtod(it->second.c_str() + 2, nullptr);
-}
 
 TEST_F(VtTemplate, EventFileFillsKeywordsChannelsAndListsAsTheCsvReportShowsThem) {
     auto o = test::vt_sim(Kind::Event, 2, 12);
@@ -219,8 +177,8 @@ TEST_F(VtTemplate, SeparateAlarmWorkbookHasHeaderAndListsOnly) {
     o.alarms = 2;
     o.messages = 3;
     const std::string src = make(o, "s.oge");
-    template_options({{"excelsourcefilealarmseparate", "1"},
-                      {"excelsourcefilealarm", templates().file("vt.xlsx")}});
+    template_options(
+        {{"excelsourcefilealarmseparate", "1"}, {"excelsourcefilealarm", tpl("vt.xlsx")}});
     Sheet main = fill(src, "main");
     EXPECT_FALSE(main.contains("Data!A30"));  // the lists go to the second workbook
 
