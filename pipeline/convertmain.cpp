@@ -329,9 +329,22 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                     }
                     const std::string ext =
                         session.excelformat(ctx, o.excelsourcefile, to_flag(o.runexcelmakro != 0));
-                    session.exceltemplate(ctx, o.excelsourcefile, reportBase + ext);
+                    // A workbook is filled under a hidden name in its folder and takes the
+                    // report's name only when it is finished: a killed run leaves no
+                    // unfilled copy that looks like a report.
+                    const auto hidden = [](const std::string& base) {
+                        const std::filesystem::path p(base);
+                        return (p.parent_path() / ("." + p.filename().string() + ".filling"))
+                            .string();
+                    };
+                    const auto place = [&](const std::string& from, const std::string& to) {
+                        std::error_code ec;
+                        return std::filesystem::exists(from, ec) && finish(from, to);
+                    };
+                    const std::string work = hidden(reportBase);
+                    session.exceltemplate(ctx, o.excelsourcefile, work + ext);
                     if (up && !fda) status(ctx, reportBase + ext);
-                    errorCount = run(functions ? functions->convertXLSTPL : nullptr, reportBase,
+                    errorCount = run(functions ? functions->convertXLSTPL : nullptr, work,
                                      "template workbook");
                     // A report that took its failure path is marked, and its source stays.
                     const auto failedNow = [&] {
@@ -351,25 +364,30 @@ ConvertOutcome fkt_convertmain(Program& ctx, const std::string& source,
                         }
                         api.DeleteComfort(workbook, false, false);
                     };
-                    if (errorCount >= 1)
-                        api.RenameFile(reportBase + ext, reportBase + ".Error" + ext);
-                    else if (is_set(o.delreportfile))
+                    if (errorCount >= 1) {
+                        place(work + ext, reportBase + ".Error" + ext);
+                    } else if (!place(work + ext, reportBase + ext)) {
+                        errorCount = 1;  // no finished workbook stands under its name
+                    } else if (is_set(o.delreportfile)) {
                         drop_printed(reportBase + ext);
+                    }
                     if (vb::Val(o.excelsourcefilealarmseparate) == 1 &&
                         (is_set(o.messageinclusive) || is_set(o.alarminclusive))) {
                         const std::string suffix = fkt_filterillegal(
                             o.almlsuffix.empty() ? std::string("_AL_ML") : o.almlsuffix,
                             to_flag(o.runexcelmakro != 0));
-                        session.exceltemplate(ctx, o.excelsourcefilealarm,
-                                              reportBase + suffix + ext);
+                        const std::string alarmWork = hidden(reportBase + suffix);
+                        session.exceltemplate(ctx, o.excelsourcefilealarm, alarmWork + ext);
                         if (up && !fda) status(ctx, reportBase + suffix + ext);
                         int alarmErrors = 0;
                         if (functions && functions->convertXLSTPLALML)
                             alarmErrors = functions->convertXLSTPLALML(
-                                ctx, source, reportBase + suffix, to_flag(o.runexcelmakro != 0));
+                                ctx, source, alarmWork, to_flag(o.runexcelmakro != 0));
                         else if (functions)
                             alarmErrors = missing_generator(ctx, source, "alarm workbook");
                         if (failedNow() && alarmErrors == 0) alarmErrors = 1;
+                        if (!place(alarmWork + ext, reportBase + suffix + ext) && alarmErrors == 0)
+                            alarmErrors = 1;
                         // The first workbook's count gives way (kept so); a failure of either
                         // still keeps the source.
                         if (errorCount == 0 && alarmErrors == 0) reportComplete = true;

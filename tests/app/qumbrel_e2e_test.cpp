@@ -305,6 +305,8 @@ TEST(Qumbrel, TemplateReportsDisposeOfTheSourceOnlyAfterAFilledWorkbook) {
               0);
     EXPECT_NE(read_file(back).find("Data\tB1\ts\t'a.oge'"), std::string::npos) << read_file(back);
     EXPECT_NE(read_file(back).find("Data\tB4\tn\t25"), std::string::npos) << read_file(back);
+    // Filled under a hidden name, then renamed: nothing else is left in the folder.
+    EXPECT_EQ(files_below(r.dir.file("out")), Lines{"a.xlsx"});
 
     write_file(r.dir.file("tpl/old.xls"), std::string("\xD0\xCF\x11\xE0\xA1\xB1\x1A\xE1", 8));
     r.file["excelsourcefile"] = "@/tpl/old.xls";
