@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
 # The demo: installs the packages, builds, simulates recorder files of every family and
-# converts each of them to a CSV report and to an XLS sheet with the qumbrel program, and
-# into a workbook template (made by docs/make_example_template.py).
+# converts each of them with the qumbrel program to a CSV report, an XLS sheet, a workbook
+# filled from a template (made by docs/make_example_template.py) and the customer text.
 #
 #   scripts/demo.sh              # everything, from a fresh Debian 12 machine
 #   scripts/demo.sh --no-build   # use what build/ (or $BUILD_DIR) already holds
 #
 # Everything it makes is under ./demo-out (removed and made again on every run):
-# in/ the simulated files, home-csv/, home-xls/ and home-tpl/ the program folders (option
-# file, logs, register), csv/, xls/ and workbooks/ the reports, template.xltx the template.
+# in/ the simulated files, home-csv/, home-xls/, home-tpl/ and home-txt/ the program
+# folders (option file, logs, register), csv/, xls/, workbooks/ and txt/ the reports,
+# template.xltx the template.
 set -euo pipefail
 root="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)"
 build="${BUILD_DIR:-$root/build}"
@@ -46,8 +47,8 @@ for tool in qumbrel recsim; do
 done
 
 rm -rf "$demo"
-mkdir -p "$demo/in" "$demo/csv" "$demo/xls" "$demo/workbooks" "$demo/home-csv" "$demo/home-xls" \
-    "$demo/home-tpl"
+mkdir -p "$demo/in" "$demo/csv" "$demo/xls" "$demo/workbooks" "$demo/txt" "$demo/home-csv" \
+    "$demo/home-xls" "$demo/home-tpl" "$demo/home-txt"
 
 echo "== simulating recorder files of the five families in $demo/in"
 start="2024-03-05 08:00:00"
@@ -91,6 +92,7 @@ write_options "$demo/home-csv" "$demo/csv" 0
 write_options "$demo/home-xls" "$demo/xls" 1
 /usr/bin/python3 "$root/docs/make_example_template.py" "$demo/template.xltx"
 write_options "$demo/home-tpl" "$demo/workbooks" 2 "$demo/template.xltx"
+write_options "$demo/home-txt" "$demo/txt" 3
 
 failed=0
 for home in home-csv home-xls; do
@@ -120,9 +122,23 @@ for f in "$demo"/in/*; do
     fi
 done
 
+echo "== the customer text"
+for f in "$demo"/in/*; do
+    if [[ "$f" == *.kle ]]; then
+        echo "   $(basename "$f"): skipped (the customer text serves VT, VU, VQ and HN files)"
+        continue
+    fi
+    if "$bin/qumbrel" --headless --quiet --home "$demo/home-txt" "$f"; then
+        echo "   $(basename "$f"): written"
+    else
+        echo "   $(basename "$f"): FAILED (see $demo/home-txt/error.log)"
+        failed=1
+    fi
+done
+
 echo
 echo "== reports"
-ls -l "$demo/csv" "$demo/xls" "$demo/workbooks"
+ls -l "$demo/csv" "$demo/xls" "$demo/workbooks" "$demo/txt"
 echo
 echo "== the first lines of $demo/csv/line1.csv"
 head -n 40 "$demo/csv/line1.csv"

@@ -164,6 +164,24 @@ TEST_F(FamilyTemplate, HnDataFileWithUnitsAndMarks) {
     EXPECT_FALSE(s.contains("G30"));         // evgroupno: KL only
 }
 
+// qmb2ch1al puts channel 1's marks on the second sheet; its data stays on the first.
+TEST_F(FamilyTemplate, MarksOfAChannelOnTheSecondSheet) {
+    auto o = sim(Family::VU, Kind::Event, 4);
+    const std::string vu = make(o, "marks.ose");
+    options({{"targetformat", "2"}, {"excelsourcefile", test::template_folder() + "/marks.xlsx"}});
+    fkt_excelformat(*p, p->opt.excelsourcefile, kFalse);
+    const std::string target = p.dir.file("marks") + p->state<ExcelSession>().extension;
+    ASSERT_TRUE(fkt_exceltemplate(*p, p->opt.excelsourcefile, target));
+    EXPECT_EQ(fkt_VUconvertXLSTPL(*p, vu, p.dir.file("marks"), kFalse), 0);
+    const Sheet s = test::read_workbook(target, p.dir.file("back.txt"), true);
+    for (int k = 0; k < 4; ++k) {
+        const std::string r = std::to_string(k);
+        EXPECT_TRUE(std::isfinite(value_of(s, "Data!B" + std::to_string(2 + k)))) << r;
+        EXPECT_TRUE(s.contains("Marks!B" + std::to_string(5 + k))) << r;
+        EXPECT_FALSE(s.contains("Data!C" + std::to_string(2 + k))) << r;
+    }
+}
+
 // KL opens its report as ".xls" whatever the template: with an ".xlsx" template the opening
 // fails, is recorded, and the conversion is marked failed so that the source stays.
 TEST_F(FamilyTemplate, KlWithAnXlsxTemplateFailsAtTheOpen) {

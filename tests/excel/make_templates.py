@@ -276,3 +276,13 @@ for name, ref in (("filename", "Data!$B$1"), ("filetype", "Data!$B$2"),
                   ("signname", "Data!$K$1"), ("signsts", "Data!$K$2")):
     add_name(wb, name, ref)
 wb.save(os.path.join(folder, "family.xlsx"))
+
+# Alarm marks of channel 1 on the second sheet by qmb2ch1al, its data on the first.
+wb = openpyxl.Workbook()
+d = wb.active
+d.title = "Data"
+m = wb.create_sheet("Marks")
+add_name(wb, "ch1data", "Data!$B$2")
+add_name(wb, "ch1al", "Data!$C$2")
+add_name(wb, "qmb2ch1al", "Marks!$B$5")
+wb.save(os.path.join(folder, "marks.xlsx"))

@@ -57,16 +57,25 @@ TEST_F(Customer, EventFileLinesAgreeWithTheCsvReport) {
 }
 
 TEST_F(Customer, ChannelsComeInFileOrderUpToTheHighestSelected) {
-    const std::string src = make(test::vt_sim(Kind::Event, 3, 2), "b.oge");
+    const std::string src = make(test::vt_sim(Kind::Event, 6, 2), "b.oge");
     const auto all = report(src);
-    const auto some = report(src, {{"Channels", "2|1"}});
-    ASSERT_EQ(all.size(), 6u);
+    const auto some = report(src, {{"Channels", "5|3"}});
+    ASSERT_EQ(all.size(), 12u);
     ASSERT_EQ(some.size(), 4u);
-    // Channels 1 and 2 of each sample, in the file's order; channel 3 never.
-    EXPECT_EQ(some[0], all[0]);
-    EXPECT_EQ(some[1], all[1]);
-    EXPECT_EQ(some[2], all[3]);
-    EXPECT_EQ(some[3], all[4]);
+    // Channels 3 and 5 of each sample, in the file's order; the loop ends behind 5.
+    EXPECT_EQ(some[0], all[2]);
+    EXPECT_EQ(some[1], all[4]);
+    EXPECT_EQ(some[2], all[8]);
+    EXPECT_EQ(some[3], all[10]);
+}
+
+// "ALL" counts as 60: the math channel numbered 60 is the last one written.
+TEST_F(Customer, AllReachesChannelSixty) {
+    auto o = test::vt_sim(Kind::Event, 1, 2);
+    o.mathChannels = 30;  // channels 31 to 60
+    const auto lines = report(make(o, "m.oge"));
+    ASSERT_EQ(lines.size(), 62u);
+    EXPECT_EQ(test::split(lines[30], ';').size(), 3u);
 }
 
 TEST_F(Customer, DisplayFileHasBothValuesAndWindowsLeaveSamplesOut) {
@@ -81,9 +90,17 @@ TEST_F(Customer, DisplayFileHasBothValuesAndWindowsLeaveSamplesOut) {
 }
 
 TEST_F(Customer, FamiliesItServesAndOneItDoesNot) {
-    auto vu = test::vt_sim(Kind::Event, 2, 3);
-    vu.family = Family::VU;
-    EXPECT_EQ(report(make(vu, "u.ose")).size(), 6u);
+    for (const Kind kind : {Kind::Event, Kind::Display}) {
+        for (const Family family : {Family::VU, Family::VQ}) {
+            auto o = test::vt_sim(kind, 2, 3);
+            o.family = family;
+            const char* ext = family == Family::VU ? (kind == Kind::Event ? "u.ose" : "u.osd")
+                                                   : (kind == Kind::Event ? "q.obe" : "q.obd");
+            const auto lines = report(make(o, ext));
+            ASSERT_EQ(lines.size(), 6u) << ext;
+            EXPECT_EQ(split(lines[0], ';').size(), kind == Kind::Event ? 3u : 4u) << lines[0];
+        }
+    }
     auto hn = test::vt_sim(Kind::Event, 2, 3);
     hn.family = Family::HN;
     EXPECT_EQ(report(make(hn, "h.hnd")).size(), 6u);
