@@ -1,5 +1,9 @@
 #include "app/main_procedure.h"
 
+#ifdef QUMBREL_HAVE_UI
+#include "ui/run_gui.h"
+#endif
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -223,6 +227,10 @@ int qumbrel_main(int argc, char** argv) {
                              t.c_str());
                 return 2;
             }
+#ifdef QUMBREL_HAVE_UI
+            if (!parsed.extra.headless && display_available())
+                return run_main_window(ctx, argc, argv);
+#endif
             std::fprintf(stderr,
                          "qumbrel: the main window is not available in this build or without a "
                          "display.\nConvert a file headless with 'qumbrel --headless FILE' "

@@ -1,0 +1,287 @@
+// The main window, its pages and the login box under the offscreen platform, driven as a
+// user would: links, toolbar menus, the unload question's three answers, the login right
+// and wrong and by Enter, a drop of mixed files, a manual conversion of two VT files, the
+// schedule inputs, and the texts of every form from both language files.
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QComboBox>
+#include <QDropEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMimeData>
+#include <QTest>
+#include <QToolButton>
+#include <QUrl>
+#include <cstdlib>
+#include <filesystem>
+
+#include "frame/clock.h"
+#include "frame/ini.h"
+#include "frame/language.h"
+#include "frame/options_io.h"
+#include "tests/support/test_support.h"
+#include "ui/login_dialog.h"
+#include "ui/main_window.h"
+#include "ui/pages.h"
+#include "ui/qt_host.h"
+
+namespace qumbrel {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Windows : public ::testing::Test {
+  protected:
+    Windows() {
+        ::setenv("QUMBREL_RECLIB_PATH", QUMBREL_BIN_DIR, 1);
+        ProgramInfo info;
+        info.folder = dir.path();
+        ctx = std::make_unique<Program>(info, host, clock, events,
+                                        clsRegionalSettings(*clsRegionalSettings::named("en-US")));
+        read_regional_values(*ctx);
+        ctx->run.strOptionFile = ctx->program_file("qumbrel.ini");
+        ctx->run.strRegisterFile = ctx->program_file("sourcefiledb.dat");
+        fs::create_directories(dir.file("in"));
+        fs::create_directories(dir.file("out"));
+        options("english.lng");
+    }
+    void options(const std::string& language, const std::string& extra = "") {
+        testing::write_file(ctx->run.strOptionFile,
+                            "[file]\nsourcepath=" + dir.file("in") +
+                                "\ntargetpath=" + dir.file("out") +
+                                "\nbinfilemodus=2\nlanguage=" QUMBREL_BIN_DIR "/" + language +
+                                "\n" + extra + "[userdefined]\nChannels=ALL\n");
+        fkt_loadoptionfile(*ctx);
+    }
+    template <class T>
+    T* find(QWidget* in, const char* name) {
+        T* w = in->findChild<T*>(name);
+        EXPECT_NE(w, nullptr) << name;
+        return w;
+    }
+    void trigger(MainWindow& w, const char* action) {
+        QAction* a = w.findChild<QAction*>(action);
+        ASSERT_NE(a, nullptr) << action;
+        a->trigger();
+    }
+    std::string make_vt(const std::string& name) {
+        const std::string out = dir.file("in/" + name);
+        EXPECT_EQ(std::system((QUMBREL_BIN_DIR "/recsim --family VT --kind event --channels 2 "
+                                               "--samples 10 --out '" +
+                               out + "' >/dev/null")
+                                  .c_str()),
+                  0);
+        return out;
+    }
+
+    testing::TempDir dir;
+    QtHost host;
+    ManualClock clock;
+    testing::RecordingEventLog events;
+    std::unique_ptr<Program> ctx;
+};
+
+TEST_F(Windows, LinksMenusAndToolbarBringThePages) {
+    MainWindow w(*ctx, host);
+    w.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
+    EXPECT_EQ(w.current_page()->objectName(), "frm_mdic_home");
+    EXPECT_TRUE(w.windowTitle().size() > 0);
+    EXPECT_EQ(find<QLabel>(&w, "lbl_statusbar")->text(), "Version 1.0  Build: 0");
+
+    QTest::mouseClick(find<QAbstractButton>(&w, "cmd_explorerbar_auto"), Qt::LeftButton);
+    EXPECT_EQ(w.current_page()->objectName(), "frm_mdic_run");
+    auto* frames = w.run_page()->findChild<QWidget*>("fra_auto");
+    ASSERT_NE(frames, nullptr);
+    EXPECT_TRUE(frames->isVisible());
+    trigger(w, "mnu_exportItems(0)");
+    EXPECT_TRUE(w.run_page()->findChild<QWidget*>("fra_manu")->isVisible());
+    trigger(w, "mnu_helpItems(1)");
+    EXPECT_EQ(w.current_page()->objectName(), "frm_mdic_info");
+    trigger(w, "mnu_optionItem(3)");
+    EXPECT_EQ(w.current_page()->objectName(), "frm_mdic_settings");
+    QTest::mouseClick(find<QAbstractButton>(&w, "cmd_explorerbar_home"), Qt::LeftButton);
+    EXPECT_EQ(w.current_page()->objectName(), "frm_mdic_home");
+    // The run page is made once and stays loaded.
+    RunPage* run = w.run_page();
+    w.ShowForm("frm_mdic_run fra_auto");
+    EXPECT_EQ(w.run_page(), run);
+    // Five drop-down buttons, each with its menu.
+    for (const char* b : {"mnu_file_button", "mnu_export_button", "mnu_option_button",
+                          "mnu_prgoption_button", "mnu_help_button"})
+        EXPECT_NE(find<QToolButton>(&w, b)->menu(), nullptr) << b;
+}
+
+TEST_F(Windows, TheUnloadQuestionsThreeAnswers) {
+    MainWindow w(*ctx, host);
+    w.show();
+    w.ShowForm("frm_mdic_run fra_auto");
+    QComboBox* kind = find<QComboBox>(&w, "cmb_optionautosheduler");
+    kind->setCurrentIndex(6);  // a change of the run page
+    ASSERT_TRUE(w.run_page()->runOptionsChanged);
+
+    w.testAnswer = MainWindow::Answer::Cancel;
+    EXPECT_FALSE(w.close());
+    EXPECT_FALSE(w.ended());
+    w.testAnswer = MainWindow::Answer::Yes;
+    EXPECT_TRUE(w.close());
+    EXPECT_TRUE(w.ended());
+    EXPECT_EQ(clsINI(ctx->run.strOptionFile).GetKeyValue("start", "sheduler", {}, std::string()),
+              "6");
+
+    MainWindow again(*ctx, host);
+    again.show();
+    again.ShowForm("frm_mdic_run fra_auto");
+    find<QComboBox>(&again, "cmb_optionautosheduler")->setCurrentIndex(2);
+    again.testAnswer = MainWindow::Answer::No;
+    EXPECT_TRUE(again.close());
+    EXPECT_EQ(clsINI(ctx->run.strOptionFile).GetKeyValue("start", "sheduler", {}, std::string()),
+              "6");  // thrown away
+}
+
+TEST_F(Windows, LoginRightWrongAndByEnter) {
+    ctx->opt.strProtectionPassword = "geheim";
+    ctx->opt.bLoggedIn = kFalse;
+    MainWindow w(*ctx, host);
+    w.show();
+    EXPECT_FALSE(w.close());  // the close button is off while nobody is logged in
+
+    LoginDialog box(*ctx);
+    box.show();
+    QLineEdit* password = find<QLineEdit>(&box, "txt_password");
+    QTest::keyClicks(password, "wrong");
+    QTest::mouseClick(find<QAbstractButton>(&box, "cmd_login"), Qt::LeftButton);
+    EXPECT_TRUE(find<QLabel>(&box, "lbl_status")->isVisible());
+    EXPECT_EQ(find<QLabel>(&box, "lbl_status")->text(), "Wrong password");
+    EXPECT_FALSE(is_set(ctx->opt.bLoggedIn));
+    EXPECT_TRUE(box.isVisible());
+    password->clear();
+    QTest::keyClicks(password, "geheim");
+    QTest::keyClick(password, Qt::Key_Return);
+    EXPECT_TRUE(is_set(ctx->opt.bLoggedIn));
+    EXPECT_EQ(box.result(), QDialog::Accepted);
+    EXPECT_TRUE(w.close());
+}
+
+TEST_F(Windows, ADropStopsAtTheFirstForeignFile) {
+    MainWindow w(*ctx, host);
+    w.show();
+    w.ShowForm("frm_mdic_run fra_manu");
+    RunPage* run = w.run_page();
+    auto* data = new QMimeData;
+    data->setUrls({QUrl::fromLocalFile("/in/a.oge"), QUrl::fromLocalFile("/in/a.oge"),
+                   QUrl::fromLocalFile("/in/b.ose"), QUrl::fromLocalFile("/in/notes.txt"),
+                   QUrl::fromLocalFile("/in/c.oge")});
+    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(run, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(10, 10), Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(run, &drop);
+    ASSERT_EQ(run->files()->count(), 2);
+    EXPECT_EQ(run->files()->item(0)->text(), "/in/a.oge");
+    EXPECT_EQ(run->files()->item(1)->text(), "/in/b.ose");
+    EXPECT_TRUE(find<QAbstractButton>(run, "cmd_manuconvertstart")->isEnabled());
+    delete data;
+}
+
+TEST_F(Windows, AManualConversionOfTwoFiles) {
+    const std::string a = make_vt("a.oge"), b = make_vt("b.oge");
+    MainWindow w(*ctx, host);
+    w.show();
+    w.ShowForm("frm_mdic_run fra_manu");
+    RunPage* run = w.run_page();
+    run->add_files({QString::fromStdString(a), QString::fromStdString(b)});
+    run->files()->setCurrentRow(0);
+    EXPECT_GT(run->info()->count(), 5);  // the file information of the selected file
+    QTest::mouseClick(find<QAbstractButton>(run, "cmd_manuconvertstart"), Qt::LeftButton);
+    EXPECT_TRUE(fs::exists(dir.file("out/a.csv")));
+    EXPECT_TRUE(fs::exists(dir.file("out/b.csv")));
+    QStringList lines;
+    for (int i = 0; i < run->status()->count(); ++i) lines << run->status()->item(i)->text();
+    EXPECT_EQ(lines.front(), "Start");
+    EXPECT_GE(lines.filter("Finished.").size(), 2) << lines.join("\n").toStdString();
+    EXPECT_EQ(run->files()->count(), 0);
+    EXPECT_FALSE(find<QAbstractButton>(run, "cmd_manuconvertstart")->isEnabled());
+}
+
+TEST_F(Windows, ScheduleInputsByKindAndDigitsOnly) {
+    MainWindow w(*ctx, host);
+    w.show();
+    w.ShowForm("frm_mdic_run fra_auto");
+    auto* kind = find<QComboBox>(&w, "cmb_optionautosheduler");
+    auto* day = find<QComboBox>(&w, "cmb_optionautoshedulerday");
+    auto* hour = find<QLineEdit>(&w, "txt_optionautoshedulerhour");
+    auto* minute = find<QLineEdit>(&w, "txt_optionautoshedulerminute");
+    // day: kind 0; hour: kinds 0, 1, 3, 4, 5; minute: all but 6.
+    const bool days[] = {true, false, false, false, false, false, false, false};
+    const bool hours[] = {true, true, false, true, true, true, false, false};
+    const bool minutes[] = {true, true, true, true, true, true, false, true};
+    for (int k = 0; k < 8; ++k) {
+        kind->setCurrentIndex(k);
+        EXPECT_EQ(day->isEnabled(), days[k]) << k;
+        EXPECT_EQ(hour->isEnabled(), hours[k]) << k;
+        EXPECT_EQ(minute->isEnabled(), minutes[k]) << k;
+    }
+    kind->setCurrentIndex(0);
+    hour->clear();
+    QTest::keyClicks(hour, "1a2");
+    EXPECT_EQ(hour->text(), "12");
+    minute->setText("0");
+    kind->setCurrentIndex(7);
+    EXPECT_EQ(minute->text(), "1");
+}
+
+// Every named control of every form takes its text from both language files.
+TEST_F(Windows, EveryFormIsTranslatedInBothLanguages) {
+    for (const char* language : {"deutsch.lng", "english.lng"}) {
+        SCOPED_TRACE(language);
+        options(language);
+        MainWindow w(*ctx, host);
+        LoginDialog login(*ctx);
+        std::vector<QWidget*> forms{&w, &login};
+        for (const char* t :
+             {"frm_mdic_run fra_manu", "frm_mdic_info fra_help", "frm_mdic_settings fra_option",
+              "frm_mdic_prgsettings fra_settings", "frm_mdic_home fra_home"}) {
+            w.ShowForm(t);
+            forms.push_back(w.current_page());
+        }
+        const std::string file = std::string(QUMBREL_BIN_DIR) + "/" + language;
+        for (QWidget* form : forms) {
+            const std::string section = form->objectName().toStdString();
+            for (QObject* o : form->findChildren<QObject*>()) {
+                const std::string name = o->objectName().toStdString();
+                if (name.empty() || name.starts_with("qt_") || name == "lbl_version" ||
+                    name == "lbl_statusbar")
+                    continue;  // Qt's own, and texts made at run time
+                bool nested = false;
+                for (QObject* p = o->parent(); p && p != form; p = p->parent())
+                    nested = nested || p->objectName().startsWith("frm_");
+                if (nested) continue;
+                if (!qobject_cast<QAbstractButton*>(o) && !qobject_cast<QLabel*>(o) &&
+                    !qobject_cast<QAction*>(o))
+                    continue;
+                EXPECT_NE(fkt_readlanguage(file, section, name + ".Caption", "\x01"), "\x01")
+                    << section << " " << name;
+            }
+        }
+        if (std::string(language) == "deutsch.lng") {
+            EXPECT_EQ(find<QAbstractButton>(&w, "cmd_explorerbar_home")->text(), "Start");
+            EXPECT_EQ(find<QLabel>(&login, "lbl_status")->text(), "Falsches Passwort");
+        }
+    }
+}
+
+}  // namespace
+}  // namespace qumbrel
+
+// The application lives in main, so it ends before Qt's own statics do.
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

@@ -1,0 +1,54 @@
+#pragma once
+// frm_mdi_main: the explorer bar of links, the toolbar of five drop-down buttons, one page
+// at a time, the status bar with the title text, and the guarded exit.
+#include <QLabel>
+#include <QMainWindow>
+#include <QMap>
+#include <QStackedWidget>
+
+#include "frame/context.h"
+
+namespace qumbrel {
+
+class Page;
+class QtHost;
+class RunPage;
+
+class MainWindow final : public QMainWindow {
+    Q_OBJECT
+  public:
+    MainWindow(Program& ctx, QtHost& host, QWidget* parent = nullptr);
+
+    // Brings a page target ("frm_mdic_run fra_manu") to the front; the page is made once.
+    void ShowForm(const QString& target);
+    // The status bar's text; an empty text shows the title text.
+    void SetStatusbar(const QString& text);
+    QString title_text() const { return title_; }
+    Page* current_page() const;
+    RunPage* run_page() const;
+    // The exit of mnu_fileItem(1): the login first when protection is on.
+    void exit_program();
+    bool ended() const { return ended_; }
+
+    // What the unload question is answered with (tests set it; a box asks otherwise).
+    enum class Answer { Ask, Yes, No, Cancel };
+    Answer testAnswer = Answer::Ask;
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    // The unload route; true when the program may end.
+    bool unload();
+    void build_title();
+
+    Program& ctx_;
+    QtHost& host_;
+    QStackedWidget* pages_;
+    QMap<QString, Page*> loaded_;
+    QLabel* status_;
+    QString title_;
+    bool ended_ = false;
+};
+
+}  // namespace qumbrel

@@ -1,0 +1,104 @@
+#pragma once
+// The pages of the main window. Each page is a form of the Windows design with one or
+// more frames; ShowFrame brings a frame to the front.
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QStackedWidget>
+#include <QWidget>
+
+#include "frame/context.h"
+
+namespace qumbrel {
+
+class QtHost;
+
+class Page : public QWidget {
+    Q_OBJECT
+  public:
+    using QWidget::QWidget;
+    // Brings the frame of that name to the front (unknown names keep the present one).
+    virtual void ShowFrame(const QString& frame) = 0;
+};
+
+// frm_mdic_home: version and description; lbl_patherrors when a configured path is missing.
+class HomePage final : public Page {
+    Q_OBJECT
+  public:
+    HomePage(Program& ctx, QWidget* parent = nullptr);
+    void ShowFrame(const QString&) override {}
+    // The paths of the options exist? Shows lbl_patherrors when not; no painting.
+    void sub_checkallpath();
+
+  private:
+    Program& ctx_;
+    QLabel* pathErrors_;
+};
+
+// frm_mdic_info: version, error.log and the manual opened through the desktop.
+class InfoPage final : public Page {
+    Q_OBJECT
+  public:
+    InfoPage(Program& ctx, QWidget* parent = nullptr);
+    void ShowFrame(const QString&) override {}
+};
+
+// The option pages of a later version: what to edit until then.
+class OptionsPlaceholder final : public Page {
+    Q_OBJECT
+  public:
+    OptionsPlaceholder(Program& ctx, const QString& formName, QWidget* parent = nullptr);
+    void ShowFrame(const QString&) override {}
+};
+
+// frm_mdic_run: hand-picked files (open dialog, drops), their file information, the
+// manual conversion with the status list, and the schedule of the automatic mode.
+class RunPage final : public Page {
+    Q_OBJECT
+  public:
+    RunPage(Program& ctx, QtHost& host, QWidget* parent = nullptr);
+    void ShowFrame(const QString& frame) override;
+
+    // What a drop gives: each file in turn, stopping at the first that is no recorder
+    // file; files already listed are skipped.
+    void add_files(const QStringList& files);
+    void convert_all();
+    // The schedule kind's enabled states (day, hour, minute).
+    void scheduler_changed(int kind);
+    // The page's options into memory and the option file (with savetoggle), and the
+    // autostart entry.
+    void sub_optionSave();
+    QListWidget* files() const { return files_; }
+    QListWidget* status() const { return status_; }
+    QListWidget* info() const { return info_; }
+    bool runOptionsChanged = false;
+
+  protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+
+  private:
+    void open_files();
+    void show_info(const QString& file);
+    void list_menu(QListWidget* list, const QPoint& at, bool withSave);
+
+    Program& ctx_;
+    QtHost& host_;
+    QStackedWidget* frames_;
+    QListWidget* files_;
+    QLineEdit* inHand_;
+    QPushButton* start_;
+    QListWidget* info_;
+    QListWidget* status_;
+    QComboBox* scheduler_;
+    QComboBox* day_;
+    QLineEdit* hour_;
+    QLineEdit* minute_;
+    QCheckBox* autostart_;
+    QString lastFolder_;
+};
+
+}  // namespace qumbrel
