@@ -211,14 +211,24 @@ int qumbrel_main(int argc, char** argv) {
         case StartMode::Ended:
             return 2;
         case StartMode::Automatic:
+#ifdef QUMBREL_HAVE_UI
+            if (!parsed.extra.headless && !parsed.extra.once && display_available())
+                return run_tray(ctx, argc, argv);
+#endif
             return run_automatic(ctx, parsed.extra.once);
         case StartMode::Interactive:
             // --auto, --once and --headless without a file ask for the automatic mode;
             // with autostart=1 Main has already found the source folder missing.
             if ((parsed.extra.automatic || parsed.extra.once ||
                  (parsed.extra.headless && !names_a_file(parsed.tokens))) &&
-                ctx.opt.autostart != 1)
+                ctx.opt.autostart != 1) {
+#ifdef QUMBREL_HAVE_UI
+                if (parsed.extra.automatic && !parsed.extra.headless && !parsed.extra.once &&
+                    display_available())
+                    return run_tray(ctx, argc, argv);
+#endif
                 return run_automatic(ctx, parsed.extra.once);
+            }
             // A file named on the command line that is not there: say so, not the window.
             for (const auto& t : parsed.tokens) {
                 if (is_run_flag_token(t)) continue;

@@ -12,12 +12,14 @@
 #include <QToolButton>
 #include <QUrl>
 #include <QVBoxLayout>
+#include <filesystem>
 
 #include "frame/language.h"
 #include "ui/login_dialog.h"
 #include "ui/pages.h"
 #include "ui/qt_host.h"
 #include "ui/translate.h"
+#include "ui/tray_form.h"
 
 namespace qumbrel {
 namespace {
@@ -115,6 +117,8 @@ MainWindow::MainWindow(Program& ctx, QtHost& host, QWidget* parent)
     ShowForm("frm_mdic_home fra_home");
 }
 
+MainWindow::~MainWindow() = default;
+
 void MainWindow::build_title() {
     title_ = QString("Version %1.%2  Build: %3")
                  .arg(ctx_.info.major)
@@ -139,9 +143,11 @@ void MainWindow::ShowForm(const QString& target) {
     if (!page) {
         if (form == "frm_mdic_home")
             page = new HomePage(ctx_, pages_);
-        else if (form == "frm_mdic_run")
-            page = new RunPage(ctx_, host_, pages_);
-        else if (form == "frm_mdic_info")
+        else if (form == "frm_mdic_run") {
+            auto* run = new RunPage(ctx_, host_, pages_);
+            connect(run, &RunPage::automaticWanted, this, &MainWindow::start_automatic);
+            page = run;
+        } else if (form == "frm_mdic_info")
             page = new InfoPage(ctx_, pages_);
         else if (form == "frm_mdic_settings" || form == "frm_mdic_prgsettings")
             page = new OptionsPlaceholder(ctx_, form, pages_);
@@ -185,6 +191,33 @@ void MainWindow::closeEvent(QCloseEvent* event) {
 }
 
 bool MainWindow::unload() {
+    return settle_changes();
+}
+
+void MainWindow::start_automatic() {
+    if (!settle_changes()) return;
+    std::error_code ec;
+    if (!std::filesystem::is_directory(ctx_.opt.sourcepath, ec)) {
+        const RunPage* run = run_page();
+        const QLabel* warning = run ? run->findChild<QLabel*>("lbl_nosourcepath") : nullptr;
+        if (testAnswer == Answer::Ask)
+            QMessageBox::critical(this, windowTitle(), warning ? warning->text() : QString());
+        return;
+    }
+    hide();
+    host_.pump_events();
+    tray_ = std::make_unique<TrayForm>(ctx_);
+    connect(tray_.get(), &TrayForm::windowWanted, this, [this] {
+        tray_.release()->deleteLater();  // it is still in its signal
+        show();
+    });
+    if (!tray_->start()) {
+        tray_.reset();
+        show();
+    }
+}
+
+bool MainWindow::settle_changes() {
     RunPage* run = run_page();
     const bool runChanged = run && run->runOptionsChanged;
     if (!runChanged) return true;
@@ -199,6 +232,7 @@ bool MainWindow::unload() {
     }
     if (a == Answer::Cancel) return false;
     if (a == Answer::Yes) run->sub_optionSave();
+    if (a == Answer::No) run->runOptionsChanged = false;  // thrown away
     return true;
 }
 

@@ -5,6 +5,7 @@
 #include <QMainWindow>
 #include <QMap>
 #include <QStackedWidget>
+#include <memory>
 
 #include "frame/context.h"
 
@@ -13,11 +14,13 @@ namespace qumbrel {
 class Page;
 class QtHost;
 class RunPage;
+class TrayForm;
 
 class MainWindow final : public QMainWindow {
     Q_OBJECT
   public:
     MainWindow(Program& ctx, QtHost& host, QWidget* parent = nullptr);
+    ~MainWindow() override;
 
     // Brings a page target ("frm_mdic_run fra_manu") to the front; the page is made once.
     void ShowForm(const QString& target);
@@ -29,6 +32,10 @@ class MainWindow final : public QMainWindow {
     // The exit of mnu_fileItem(1): the login first when protection is on.
     void exit_program();
     bool ended() const { return ended_; }
+    // cmd_startauto: the window hides and the tray form runs the automatic mode; a missing
+    // source folder is said in a box instead.
+    void start_automatic();
+    TrayForm* tray() const { return tray_.get(); }
 
     // What the unload question is answered with (tests set it; a box asks otherwise).
     enum class Answer { Ask, Yes, No, Cancel };
@@ -40,6 +47,8 @@ class MainWindow final : public QMainWindow {
   private:
     // The unload route; true when the program may end.
     bool unload();
+    // The question about unsaved changes of the run page; false when cancelled.
+    bool settle_changes();
     void build_title();
 
     Program& ctx_;
@@ -49,6 +58,7 @@ class MainWindow final : public QMainWindow {
     QLabel* status_;
     QString title_;
     bool ended_ = false;
+    std::unique_ptr<TrayForm> tray_;
 };
 
 }  // namespace qumbrel

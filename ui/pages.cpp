@@ -154,6 +154,11 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
     autostart_ = new QCheckBox("Start with the desktop", autoFrame);
     autostart_->setObjectName("cbx_autostartwindows");
     auto* startAuto = button("cmd_startauto", "Start the automatic mode", autoFrame);
+    // The caption a missing source folder is told with; never shown itself.
+    auto* noSource =
+        label("lbl_nosourcepath",
+              "The source folder does not exist: the automatic mode cannot start.", autoFrame);
+    noSource->setVisible(false);
     auto* form = new QFormLayout(autoFrame);
     form->addRow(label("lbl_sheduler", "Schedule", autoFrame), scheduler_);
     form->addRow(label("lbl_day", "Day", autoFrame), day_);
@@ -179,6 +184,7 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
 
     connect(open, &QPushButton::clicked, this, &RunPage::open_files);
     connect(start_, &QPushButton::clicked, this, &RunPage::convert_all);
+    connect(startAuto, &QPushButton::clicked, this, &RunPage::automaticWanted);
     connect(files_, &QListWidget::currentTextChanged, this, &RunPage::show_info);
     connect(scheduler_, &QComboBox::currentIndexChanged, this, [this](int k) {
         scheduler_changed(k);

@@ -76,6 +76,9 @@ class RunPage final : public Page {
     QListWidget* info() const { return info_; }
     bool runOptionsChanged = false;
 
+  signals:
+    void automaticWanted();
+
   protected:
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;

@@ -12,4 +12,8 @@ bool display_available();
 // the user ends the program; the exit code.
 int run_main_window(Program& headless, int argc, char** argv);
 
+// The automatic mode with its tray form (an icon where the desktop has a tray); its menu
+// can open the main window. 2 when the source folder is missing.
+int run_tray(Program& headless, int argc, char** argv);
+
 }  // namespace qumbrel

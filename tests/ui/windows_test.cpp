@@ -28,6 +28,7 @@
 #include "ui/main_window.h"
 #include "ui/pages.h"
 #include "ui/qt_host.h"
+#include "ui/tray_form.h"
 
 namespace qumbrel {
 namespace {
@@ -49,9 +50,10 @@ class Windows : public ::testing::Test {
         fs::create_directories(dir.file("out"));
         options("english.lng");
     }
-    void options(const std::string& language, const std::string& extra = "") {
+    void options(const std::string& language, const std::string& extra = "",
+                 const std::string& start = "") {
         testing::write_file(ctx->run.strOptionFile,
-                            "[file]\nsourcepath=" + dir.file("in") +
+                            "[start]\n" + start + "[file]\nsourcepath=" + dir.file("in") +
                                 "\ntargetpath=" + dir.file("out") +
                                 "\nbinfilemodus=2\nlanguage=" QUMBREL_BIN_DIR "/" + language +
                                 "\n" + extra + "[userdefined]\nChannels=ALL\n");
@@ -233,6 +235,43 @@ TEST_F(Windows, ScheduleInputsByKindAndDigitsOnly) {
     minute->setText("0");
     kind->setCurrentIndex(7);
     EXPECT_EQ(minute->text(), "1");
+}
+
+// The automatic mode from the run page: the window hides and the tray form runs the
+// cycle; offscreen there is no tray, so it runs without its icon. A missing source folder
+// starts nothing.
+TEST_F(Windows, TheAutomaticModeRunsWithoutATray) {
+    const std::string src = dir.file("in/a.ogd");
+    ASSERT_EQ(std::system((QUMBREL_BIN_DIR "/recsim --family VT --kind display --channels 2 "
+                                           "--samples 5 --out '" +
+                           src + "' >/dev/null")
+                              .c_str()),
+              0);
+    options("english.lng", "", "sheduler=6\n");  // every five seconds
+    MainWindow w(*ctx, host);
+    w.show();
+    w.ShowForm("frm_mdic_run fra_auto");
+    QTest::mouseClick(find<QAbstractButton>(&w, "cmd_startauto"), Qt::LeftButton);
+    ASSERT_NE(w.tray(), nullptr);
+    EXPECT_TRUE(w.isHidden());
+    EXPECT_FALSE(w.tray()->has_icon());
+    EXPECT_EQ(w.tray()->form().next_due_ms(), 5000);
+    clock.advance_ms(5000);
+    w.tray()->poll();
+    EXPECT_EQ(w.tray()->form().totals().cycles, 1);
+    EXPECT_TRUE(fs::exists(dir.file("out/a.csv")));
+    EXPECT_TRUE(w.tray()->open_window());  // the menu entry: back to the window
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(w.isVisible());
+
+    options("english.lng", "");
+    ctx->opt.sourcepath = dir.file("nowhere");
+    MainWindow none(*ctx, host);
+    none.testAnswer = MainWindow::Answer::No;  // no box in the test
+    none.show();
+    none.start_automatic();
+    EXPECT_EQ(none.tray(), nullptr);
+    EXPECT_TRUE(none.isVisible());
 }
 
 // Every named control of every form takes its text from both language files.
