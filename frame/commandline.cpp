@@ -179,7 +179,8 @@ std::string usage_text(std::string_view program) {
     std::string p(program);
     return "Usage: " + p +
            " [options] [FILE]\n"
-           "Converts recorder data files into reports.\n"
+           "Converts recorder data files into reports. Without FILE on a desktop (DISPLAY,\n"
+           "WAYLAND_DISPLAY or QT_QPA_PLATFORM set) it opens the main window.\n"
            "\n"
            "  FILE                  convert this file once and exit (one-shot run)\n"
            "  --source=FILE         the same; also /SOURCE:FILE\n"
@@ -198,6 +199,7 @@ std::string usage_text(std::string_view program) {
            "  --headless            no windows, even when a display is available\n"
            "  --quiet               no status lines on standard output\n"
            "  --auto                automatic mode: scan the source folder on the schedule\n"
+           "                        (with a tray icon on a desktop)\n"
            "                        until SIGTERM or SIGINT (as autostart=1; also the mode\n"
            "                        of --headless without FILE)\n"
            "  --once                one scan of the source folder and its conversions now,\n"
