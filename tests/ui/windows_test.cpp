@@ -13,6 +13,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QMimeData>
+#include <QPointer>
 #include <QTest>
 #include <QToolButton>
 #include <QUrl>
@@ -272,6 +273,27 @@ TEST_F(Windows, TheAutomaticModeRunsWithoutATray) {
     none.start_automatic();
     EXPECT_EQ(none.tray(), nullptr);
     EXPECT_TRUE(none.isVisible());
+}
+
+// The alert window: its text on its colour, closed after its seconds.
+TEST_F(Windows, TheAlertShowsItsTextAndCloses) {
+    AlertRequest alert;
+    alert.text = "already converted\r\na.oge";
+    alert.seconds = 1;
+    alert.red = 0xFF;
+    alert.green = 0xFF;
+    alert.blue = 0xC0;
+    host.show_alert(alert);
+    QWidget* shown = nullptr;
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (w->objectName() == "frm_alert" && w->isVisible()) shown = w;
+    ASSERT_NE(shown, nullptr);
+    auto* label = qobject_cast<QLabel*>(shown);
+    ASSERT_NE(label, nullptr);
+    EXPECT_EQ(label->text().toStdString(), alert.text);
+    EXPECT_EQ(label->palette().color(QPalette::Window), QColor(0xFF, 0xFF, 0xC0));
+    QPointer<QWidget> alive(shown);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return alive.isNull(); }, 3000));
 }
 
 // Every named control of every form takes its text from both language files.
