@@ -95,46 +95,31 @@ write_options "$demo/home-tpl" "$demo/workbooks" 2 "$demo/template.xltx"
 write_options "$demo/home-txt" "$demo/txt" 3
 
 failed=0
-for home in home-csv home-xls; do
-    echo "== converting with the program folder $demo/$home"
+# convert_all HOME DONE-WORD [KL-REASON]: every simulated file with that program folder; with
+# a reason, KL files are skipped and the reason said.
+convert_all() {
     for f in "$demo"/in/*; do
-        if "$bin/qumbrel" --headless --quiet --home "$demo/$home" "$f"; then
-            echo "   $(basename "$f"): converted"
+        if [[ -n "${3:-}" && "$f" == *.kle ]]; then
+            echo "   $(basename "$f"): skipped ($3)"
+            continue
+        fi
+        if "$bin/qumbrel" --headless --quiet --home "$demo/$1" "$f"; then
+            echo "   $(basename "$f"): $2"
         else
-            echo "   $(basename "$f"): FAILED (see $demo/$home/error.log)"
+            echo "   $(basename "$f"): FAILED (see $demo/$1/error.log)"
             failed=1
         fi
     done
+}
+for home in home-csv home-xls; do
+    echo "== converting with the program folder $demo/$home"
+    convert_all "$home" converted
 done
-
 echo "== filling the template $demo/template.xltx"
-for f in "$demo"/in/*; do
-    if [[ "$f" == *.kle ]]; then
-        # A KL template report opens its workbook as ".xls" (docs/templates.md).
-        echo "   $(basename "$f"): skipped (KL template reports need an .xls template)"
-        continue
-    fi
-    if "$bin/qumbrel" --headless --quiet --home "$demo/home-tpl" "$f"; then
-        echo "   $(basename "$f"): filled"
-    else
-        echo "   $(basename "$f"): FAILED (see $demo/home-tpl/error.log)"
-        failed=1
-    fi
-done
-
+# A KL template report opens its workbook as ".xls" (docs/templates.md).
+convert_all home-tpl filled "KL template reports need an .xls template"
 echo "== the customer text"
-for f in "$demo"/in/*; do
-    if [[ "$f" == *.kle ]]; then
-        echo "   $(basename "$f"): skipped (the customer text serves VT, VU, VQ and HN files)"
-        continue
-    fi
-    if "$bin/qumbrel" --headless --quiet --home "$demo/home-txt" "$f"; then
-        echo "   $(basename "$f"): written"
-    else
-        echo "   $(basename "$f"): FAILED (see $demo/home-txt/error.log)"
-        failed=1
-    fi
-done
+convert_all home-txt written "the customer text serves VT, VU, VQ and HN files"
 
 echo
 echo "== reports"
