@@ -25,6 +25,8 @@ void provide_language_files(const ProgramLocation& loc) {
         const fs::path target = fs::path(loc.folder) / f.filename();
         std::error_code copyError;
         if (!fs::exists(target, copyError))
+            // Shipped language files into the program folder at start-up, before any
+            // Program (and its file layer) exists; a failed copy only leaves texts English.
             fs::copy_file(f, target, fs::copy_options::skip_existing, copyError);
     }
 }

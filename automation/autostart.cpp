@@ -25,6 +25,8 @@ void fkt_reg_autostart(Program& ctx, bool enable, const std::string& program) {
         const std::string path = autostart_entry_path(ctx);
         std::error_code ec;
         if (!enable) {
+            // The desktop entry is a setting, not a report or a source: a failure is
+            // reported below, nothing of the user's data is at stake.
             fs::remove(path, ec);
             if (ec) throw VbError(errnum::kPathFileAccessError, path + ": " + ec.message());
             return;
@@ -39,6 +41,7 @@ void fkt_reg_autostart(Program& ctx, bool enable, const std::string& program) {
                   << exe << "\"\nX-GNOME-Autostart-enabled=true\n";
             if (!entry) throw VbError(errnum::kPathFileAccessError, "cannot write " + temp);
         }
+        // The entry appears whole (a setting of ours, not a report: no file layer).
         fs::rename(temp, path, ec);
         if (ec) throw VbError(errnum::kPathFileAccessError, path + ": " + ec.message());
     } catch (...) {

@@ -124,6 +124,7 @@ int fkt_svcinstall(ServiceControl& s, std::string* why) {
             return EIO;
         }
     }
+    // The unit file is a setting, not a report or a source; its failure is returned.
     fs::rename(temp, path, ec);
     if (ec) {
         if (why) *why = "cannot write " + path + ": " + ec.message();
@@ -141,6 +142,7 @@ int fkt_svcuninstall(ServiceControl& s, std::string* why) {
     call(s, {"stop", kServiceUnit}, nullptr);
     call(s, {"disable", kServiceUnit}, nullptr);
     std::error_code ec;
+    // The unit file of our own install; its failure is returned.
     fs::remove(unit_path(s), ec);
     if (ec) {
         if (why) *why = "cannot remove " + unit_path(s) + ": " + ec.message();

@@ -57,6 +57,7 @@ OfficeHelper::OfficeHelper() : helper_(office_helper_path()), limit_(time_limit(
 OfficeHelper::~OfficeHelper() {
     if (profile_.empty()) return;
     std::error_code ec;
+    // The private LibreOffice profile this helper made in the temporary folder.
     fs::remove_all(profile_, ec);
 }
 
@@ -155,6 +156,7 @@ OfficeResult OfficeHelper::run(const std::vector<std::string>& args) const {
             const fs::path file(a);
             std::error_code ec;
             if (file.is_absolute() && file.has_filename())
+                // Only the office suite's own lock file, never a document.
                 fs::remove(file.parent_path() / (".~lock." + file.filename().string() + "#"), ec);
         }
         r.err = "LibreOffice did not finish within " + std::to_string(limit_.count()) +

@@ -252,6 +252,7 @@ class NativeAutomation final : public ExcelAutomation {
         std::error_code ec;
         for (std::string* f : {&scratch_, &working_}) {
             if (f->empty()) continue;
+            // The session's scratch and working copies, never the report or the template.
             std::filesystem::remove(*f, ec);
             f->clear();
         }
