@@ -1,5 +1,7 @@
 #include "frame/options_io.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <filesystem>
 
 #include <string>
@@ -162,6 +164,18 @@ void apply_protection_value(Options& opt, const std::string& raw) {
         bytes.push_back(static_cast<char>(code & 0xFF));
     }
     opt.strProtectionPassword = cp1252_to_utf8(bytes);
+}
+
+std::string build_protection_value(int seconds, const std::string& password, bool on) {
+    char head[3];
+    std::snprintf(head, sizeof head, "%02d", std::clamp(seconds, 0, 99));
+    std::string value = head;
+    for (const unsigned char c : utf8_to_cp1252(password)) {
+        char hex[3];
+        std::snprintf(hex, sizeof hex, "%X", c);
+        value += hex;
+    }
+    return value + (on ? "001" : "000");
 }
 
 void fkt_loadoptionfile(Program& ctx) {

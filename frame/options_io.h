@@ -27,5 +27,9 @@ void read_regional_values(Program& ctx);
 inline constexpr const char* kProtectionKey = "HKEY_LOCAL_MACHINE\\SOFTWARE\\Tarnwick Qumbrel";
 inline constexpr const char* kProtectionValue = "protection";
 void apply_protection_value(Options& opt, const std::string& value);
+// The value as the program settings page writes it: the seconds (two digits, no meaning),
+// each password character's code in upper-case hexadecimal (one digit below 16, so the
+// reader's pairs slip: kept so), then "001" when protection is on, "000" when off.
+std::string build_protection_value(int seconds, const std::string& password, bool on);
 
 }  // namespace qumbrel

@@ -11,6 +11,8 @@ LoginDialog::LoginDialog(Program& ctx, QWidget* parent) : QDialog(parent), ctx_(
     setObjectName("frm_login");
     setWindowTitle("Login");
     setModal(true);
+    prompt_ = new QLabel("Password", this);
+    prompt_->setObjectName("lbl_prompt");
     password_ = new QLineEdit(this);
     password_->setObjectName("txt_password");
     password_->setEchoMode(QLineEdit::Password);
@@ -25,6 +27,7 @@ LoginDialog::LoginDialog(Program& ctx, QWidget* parent) : QDialog(parent), ctx_(
     buttons->addWidget(login);
     buttons->addWidget(close);
     auto* layout = new QVBoxLayout(this);
+    layout->addWidget(prompt_);
     layout->addWidget(password_);
     layout->addWidget(status_);
     layout->addLayout(buttons);
@@ -32,6 +35,10 @@ LoginDialog::LoginDialog(Program& ctx, QWidget* parent) : QDialog(parent), ctx_(
     connect(password_, &QLineEdit::returnPressed, this, &LoginDialog::login);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
     translate_widget(ctx_, this);
+}
+
+void LoginDialog::set_prompt(const QString& text) {
+    if (!text.isEmpty()) prompt_->setText(text);
 }
 
 void LoginDialog::login() {

@@ -15,11 +15,15 @@ class LoginDialog final : public QDialog {
     Q_OBJECT
   public:
     explicit LoginDialog(Program& ctx, QWidget* parent = nullptr);
+    // The question above the box (the settings page asks for the present or the new
+    // password); empty shows the form's own.
+    void set_prompt(const QString& text);
 
   private:
     void login();
 
     Program& ctx_;
+    QLabel* prompt_;
     QLineEdit* password_;
     QLabel* status_;
 };

@@ -17,7 +17,9 @@
 #include "frame/language.h"
 #include "ui/login_dialog.h"
 #include "ui/pages.h"
+#include "ui/prgsettings_page.h"
 #include "ui/qt_host.h"
+#include "ui/settings_page.h"
 #include "ui/translate.h"
 #include "ui/tray_form.h"
 
@@ -106,6 +108,11 @@ MainWindow::MainWindow(Program& ctx, QtHost& host, QWidget* parent)
             QString::fromStdString(ctx_.program_file(ctx_.info.baseName + ".pdf"))));
     });
 
+    std::error_code ec;
+    const auto exe = std::filesystem::read_symlink("/proc/self/exe", ec);
+    service = ServiceControl::for_this_user(ctx_.info.folder.string(),
+                                            (exe.parent_path() / "qumbrel-svc").string());
+
     status_ = new QLabel(this);
     status_->setObjectName("lbl_statusbar");
     statusBar()->addWidget(status_, 1);
@@ -149,9 +156,15 @@ void MainWindow::ShowForm(const QString& target) {
             page = run;
         } else if (form == "frm_mdic_info")
             page = new InfoPage(ctx_, pages_);
-        else if (form == "frm_mdic_settings" || form == "frm_mdic_prgsettings")
-            page = new OptionsPlaceholder(ctx_, form, pages_);
-        else
+        else if (form == "frm_mdic_settings") {
+            auto* settings = new SettingsPage(ctx_, pages_);
+            settings->status = [this](const QString& line) { SetStatusbar(line); };
+            page = settings;
+        } else if (form == "frm_mdic_prgsettings") {
+            auto* prg = new PrgSettingsPage(ctx_, service, pages_);
+            connect(prg, &PrgSettingsPage::closeButtonWanted, this, &MainWindow::EnableCloseButton);
+            page = prg;
+        } else
             return;
         loaded_.insert(form, page);
         pages_->addWidget(page);
@@ -168,6 +181,10 @@ RunPage* MainWindow::run_page() const {
     return qobject_cast<RunPage*>(loaded_.value("frm_mdic_run", nullptr));
 }
 
+SettingsPage* MainWindow::settings_page() const {
+    return qobject_cast<SettingsPage*>(loaded_.value("frm_mdic_settings", nullptr));
+}
+
 void MainWindow::exit_program() {
     if (!ctx_.opt.strProtectionPassword.empty()) {
         LoginDialog login(ctx_, this);
@@ -182,7 +199,7 @@ void MainWindow::exit_program() {
 
 void MainWindow::closeEvent(QCloseEvent* event) {
     // The close button is off while nobody is logged in.
-    if (!is_set(ctx_.opt.bLoggedIn) || !unload()) {
+    if (!is_set(ctx_.opt.bLoggedIn) || !closeButton_ || !unload()) {
         event->ignore();
         return;
     }
@@ -219,8 +236,10 @@ void MainWindow::start_automatic() {
 
 bool MainWindow::settle_changes() {
     RunPage* run = run_page();
+    SettingsPage* settings = settings_page();
     const bool runChanged = run && run->runOptionsChanged;
-    if (!runChanged) return true;
+    const bool optionsChanged = settings && settings->bOptionsChanged;
+    if (!runChanged && !optionsChanged) return true;
     Answer a = testAnswer;
     if (a == Answer::Ask) {
         const auto b = QMessageBox::question(
@@ -231,8 +250,14 @@ bool MainWindow::settle_changes() {
                                    : Answer::Cancel;
     }
     if (a == Answer::Cancel) return false;
-    if (a == Answer::Yes) run->sub_optionSave();
-    if (a == Answer::No) run->runOptionsChanged = false;  // thrown away
+    if (a == Answer::Yes) {
+        if (runChanged) run->sub_optionSave();
+        if (optionsChanged) settings->sub_optionSave();
+    }
+    if (a == Answer::No) {  // thrown away
+        if (run) run->runOptionsChanged = false;
+        if (settings) settings->sub_optioncancel();
+    }
     return true;
 }
 

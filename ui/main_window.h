@@ -7,6 +7,7 @@
 #include <QStackedWidget>
 #include <memory>
 
+#include "automation/service_control.h"
 #include "frame/context.h"
 
 namespace qumbrel {
@@ -14,6 +15,7 @@ namespace qumbrel {
 class Page;
 class QtHost;
 class RunPage;
+class SettingsPage;
 class TrayForm;
 
 class MainWindow final : public QMainWindow {
@@ -29,6 +31,11 @@ class MainWindow final : public QMainWindow {
     QString title_text() const { return title_; }
     Page* current_page() const;
     RunPage* run_page() const;
+    SettingsPage* settings_page() const;
+    // The companion service the program settings page controls (tests give a fake).
+    ServiceControl service;
+    // EnableCloseButton: the protection switched on disables the close button.
+    void EnableCloseButton(bool enabled) { closeButton_ = enabled; }
     // The exit of mnu_fileItem(1): the login first when protection is on.
     void exit_program();
     bool ended() const { return ended_; }
@@ -58,6 +65,7 @@ class MainWindow final : public QMainWindow {
     QLabel* status_;
     QString title_;
     bool ended_ = false;
+    bool closeButton_ = true;
     std::unique_ptr<TrayForm> tray_;
 };
 

@@ -92,18 +92,6 @@ InfoPage::InfoPage(Program& ctx, QWidget* parent) : Page(parent) {
     translate_widget(ctx, this);
 }
 
-OptionsPlaceholder::OptionsPlaceholder(Program& ctx, const QString& formName, QWidget* parent)
-    : Page(parent) {
-    setObjectName(formName);
-    auto* layout = new QVBoxLayout(this);
-    layout->addWidget(label("lbl_later",
-                            "These options are set in the option file qumbrel.ini of the program "
-                            "folder in this version (docs/configuration.md).",
-                            this));
-    layout->addStretch();
-    translate_widget(ctx, this);
-}
-
 RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
     : Page(parent), ctx_(ctx), host_(host) {
     setObjectName("frm_mdic_run");

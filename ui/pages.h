@@ -46,14 +46,6 @@ class InfoPage final : public Page {
     void ShowFrame(const QString&) override {}
 };
 
-// The option pages of a later version: what to edit until then.
-class OptionsPlaceholder final : public Page {
-    Q_OBJECT
-  public:
-    OptionsPlaceholder(Program& ctx, const QString& formName, QWidget* parent = nullptr);
-    void ShowFrame(const QString&) override {}
-};
-
 // frm_mdic_run: hand-picked files (open dialog, drops), their file information, the
 // manual conversion with the status list, and the schedule of the automatic mode.
 class RunPage final : public Page {

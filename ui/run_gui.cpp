@@ -5,6 +5,7 @@
 
 #include "frame/clock.h"
 #include "frame/options_io.h"
+#include "platform/cups/cups_printers.h"
 #include "ui/main_window.h"
 #include "ui/qt_host.h"
 #include "ui/tray_form.h"
@@ -23,6 +24,7 @@ int run_main_window(Program& headless, int argc, char** argv) {
     SystemClock clock;
     Program ctx(headless.info, host, clock, headless.eventLog, headless.regional);
     ctx.run = headless.run;
+    use_cups_printers(ctx);
     read_regional_values(ctx);
     fkt_loadoptionfile(ctx);
     MainWindow window(ctx, host);
@@ -37,6 +39,7 @@ int run_tray(Program& headless, int argc, char** argv) {
     SystemClock clock;
     Program ctx(headless.info, host, clock, headless.eventLog, headless.regional);
     ctx.run = headless.run;
+    use_cups_printers(ctx);
     read_regional_values(ctx);
     fkt_loadoptionfile(ctx);
     TrayForm tray(ctx);

@@ -9,6 +9,7 @@
 #include <filesystem>
 
 #include "automation/autostart.h"
+#include "tests/support/fake_systemctl.h"
 #include "tests/support/test_support.h"
 
 namespace qumbrel {
@@ -16,49 +17,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// systemctl as far as the control uses it: a unit is loaded when its file exists.
-class FakeSystemctl final : public SystemctlRunner {
-  public:
-    explicit FakeSystemctl(std::string unitFile) : unitFile_(std::move(unitFile)) {}
-    int run(const std::vector<std::string>& args, std::string& out) override {
-        calls.push_back(args.front());
-        const bool present = fs::exists(unitFile_) && reloaded_;
-        const std::string& op = args.front();
-        if (op == "daemon-reload") {
-            reloaded_ = true;
-            return 0;
-        }
-        if (op == "show") {
-            if (args[1] == "--property=LoadState") out = present ? "loaded\n" : "not-found\n";
-            if (args[1] == "--property=ActiveState") out = running ? "active\n" : "inactive\n";
-            return 0;
-        }
-        if (!present) return 5;  // systemctl: unit not found
-        if (op == "enable") enabled = true;
-        if (op == "disable") enabled = false;
-        if (op == "start") running = true;
-        if (op == "stop") running = false;
-        if (op == "is-enabled") {
-            out = enabled ? "enabled\n" : "disabled\n";
-            return enabled ? 0 : 1;
-        }
-        return 0;
-    }
-    std::vector<std::string> calls;
-    bool running = false, enabled = false;
-
-  private:
-    std::string unitFile_;
-    bool reloaded_ = false;
-};
-
 TEST(ServiceControl, EveryOperationInEveryState) {
     testing::TempDir dir;
     ServiceControl s;
     s.unitFolder = dir.file("units");
     s.binary = "/opt/q b/qumbrel-svc";
     s.home = "/srv/qumbrel";
-    auto fake = std::make_shared<FakeSystemctl>(s.unitFolder + "/" + kServiceUnit);
+    auto fake = std::make_shared<testing::FakeSystemctl>(s.unitFolder + "/" + kServiceUnit);
     s.runner = fake;
 
     // Missing: state 0; start, stop and uninstall are errors that change nothing.
