@@ -15,6 +15,19 @@
 #include "ui/pages.h"
 #include "ui/qt_host.h"
 
+namespace {
+
+// systemctl for the pictures: no unit is ever there.
+class NoService final : public qumbrel::SystemctlRunner {
+  public:
+    int run(const std::vector<std::string>&, std::string& out) override {
+        out = "not-found\n";
+        return 0;
+    }
+};
+
+}  // namespace
+
 int main(int argc, char** argv) {
     using namespace qumbrel;
     if (argc < 3) {
@@ -35,6 +48,7 @@ int main(int argc, char** argv) {
     fkt_loadoptionfile(ctx);
     const QString out = argv[2];
     MainWindow w(ctx, host);
+    w.service.runner = std::make_shared<NoService>();  // the pictures never ask systemd
     w.resize(900, 600);
     w.show();
     const auto shot = [&](QWidget* widget, const char* name) {
@@ -56,6 +70,12 @@ int main(int argc, char** argv) {
     shot(&w, "run-converted");
     w.ShowForm("frm_mdic_run fra_auto");
     shot(&w, "run-automatic");
+    for (const char* frame : {"fra_optionfile", "fra_properties", "fra_option", "fra_more"}) {
+        w.ShowForm(QString("frm_mdic_settings ") + frame);
+        shot(&w, (std::string("settings-") + (frame + 4)).c_str());
+    }
+    w.ShowForm("frm_mdic_prgsettings fra_settings");
+    shot(&w, "program-settings");
     w.ShowForm("frm_mdic_info fra_help");
     shot(&w, "info");
     LoginDialog login(ctx);
