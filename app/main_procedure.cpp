@@ -207,6 +207,10 @@ int qumbrel_main(int argc, char** argv) {
     if (is_set(ctx.run.bStartsFromService)) host.set_status_list_up(false);
     switch (mode) {
         case StartMode::OneShot:
+#ifdef QUMBREL_HAVE_UI
+            if (!parsed.extra.headless && display_available())
+                return run_one_shot_form(ctx, argc, argv, run_one_shot);
+#endif
             return run_one_shot(ctx);
         case StartMode::Ended:
             return 2;
@@ -229,12 +233,17 @@ int qumbrel_main(int argc, char** argv) {
 #endif
                 return run_automatic(ctx, parsed.extra.once);
             }
-            // A file named on the command line that is not there: say so, not the window.
+            // A file named on the command line that is not there: the window opens and
+            // says so; headless, stderr says so.
             for (const auto& t : parsed.tokens) {
                 if (is_run_flag_token(t)) continue;
-                std::fprintf(stderr, "qumbrel: %s %s\n",
-                             translate_or(ctx, "filenotexist", "The file does not exist:").c_str(),
-                             t.c_str());
+                const std::string note =
+                    translate_or(ctx, "filenotexist", "The file does not exist:") + " " + t;
+#ifdef QUMBREL_HAVE_UI
+                if (!parsed.extra.headless && display_available())
+                    return run_main_window(ctx, argc, argv, note);
+#endif
+                std::fprintf(stderr, "qumbrel: %s\n", note.c_str());
                 return 2;
             }
 #ifdef QUMBREL_HAVE_UI

@@ -20,6 +20,7 @@
 #include "ui/prgsettings_page.h"
 #include "ui/qt_host.h"
 #include "ui/settings_page.h"
+#include "ui/splash.h"
 #include "ui/translate.h"
 #include "ui/tray_form.h"
 
@@ -118,6 +119,7 @@ MainWindow::MainWindow(Program& ctx, QtHost& host, QWidget* parent)
     statusBar()->addWidget(status_, 1);
     translate_widget(ctx_, this);
     host_.set_main_window_opened();
+    if (!is_set(ctx_.run.bNoSplash)) Splash(ctx_).exec();
     build_title();
     SetStatusbar("");
     resize(960, 640);

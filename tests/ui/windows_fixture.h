@@ -30,6 +30,7 @@ class Windows : public ::testing::Test {
                                         clsRegionalSettings(*clsRegionalSettings::named("en-US")));
         read_regional_values(*ctx);
         ctx->run.strOptionFile = ctx->program_file("qumbrel.ini");
+        ctx->run.bNoSplash = kTrue;  // the splash has a test of its own
         ctx->run.strRegisterFile = ctx->program_file("sourcefiledb.dat");
         fs::create_directories(dir.file("in"));
         fs::create_directories(dir.file("out"));

@@ -20,15 +20,19 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <QImage>
 #include "frame/clock.h"
 #include "frame/ini.h"
 #include "frame/language.h"
 #include "frame/options_io.h"
+#include "pipeline/convertmain.h"
 #include "tests/support/test_support.h"
 #include "ui/login_dialog.h"
 #include "ui/main_window.h"
+#include "ui/oneshot_form.h"
 #include "ui/pages.h"
 #include "ui/qt_host.h"
+#include "ui/splash.h"
 #include "ui/tray_form.h"
 
 #include "tests/ui/windows_fixture.h"
@@ -242,6 +246,59 @@ TEST_F(Windows, TheAlertShowsItsTextAndCloses) {
     EXPECT_EQ(label->palette().color(QPalette::Window), QColor(0xFF, 0xFF, 0xC0));
     QPointer<QWidget> alive(shown);
     EXPECT_TRUE(QTest::qWaitFor([&] { return alive.isNull(); }, 3000));
+}
+
+// The splash: the program folder's picture (found by content, whatever its name says), the
+// program's name without one or with a file that is no picture; closed by itself.
+TEST_F(Windows, TheSplashShowsItsPictureAndClosesByItself) {
+    QImage picture(40, 20, QImage::Format_RGB32);
+    picture.fill(Qt::darkBlue);
+    ASSERT_TRUE(picture.save(QString::fromStdString(ctx->program_file("splash.t")), "PNG"));
+    Splash shown(*ctx, 30);
+    EXPECT_TRUE(shown.has_picture());
+    EXPECT_EQ(shown.exec(), QDialog::Accepted);
+
+    testing::write_file(ctx->program_file("splash.t"), "no picture at all");
+    Splash plain(*ctx, 30);
+    EXPECT_FALSE(plain.has_picture());
+    EXPECT_EQ(find<QLabel>(&plain, "img_splash")->text().toStdString(), ctx->info.program_name());
+    EXPECT_EQ(plain.exec(), QDialog::Accepted);
+}
+
+// The one-shot form: the file converted (offscreen: no tray, so no icon and no wait), and
+// the window asked for during the conversion.
+TEST_F(Windows, TheOneShotFormConvertsAndHandsOverToTheWindow) {
+    const std::string a = make_vt("a.oge"), b = make_vt("b.oge");
+    const auto convert = [](const std::string& file) {
+        return
+            [file](Program& p) { return fkt_convertmain(p, file, "", "", kTrue).failed() ? 1 : 0; };
+    };
+    OneShotForm once(*ctx, convert(a));
+    EXPECT_EQ(once.run(), 0);
+    EXPECT_FALSE(once.has_icon());
+    EXPECT_TRUE(fs::exists(dir.file("out/a.csv")));
+
+    bool windowShown = false;
+    OneShotForm* form = nullptr;
+    OneShotForm handing(*ctx, [&, c = convert(b)](Program& p) {
+        form->open_window();  // the tray menu while the file is converted
+        return c(p);
+    });
+    form = &handing;
+    QObject::connect(&handing, &OneShotForm::windowWanted, [&] { windowShown = true; });
+    EXPECT_EQ(handing.run(), 0);
+    EXPECT_TRUE(windowShown);
+    EXPECT_TRUE(handing.window_wanted());
+    EXPECT_TRUE(fs::exists(dir.file("out/b.csv")));
+}
+
+// qumbrel with a display and a file: the one-shot form converts it and the program ends.
+TEST_F(Windows, AFileOnTheCommandLineWithADisplay) {
+    const std::string a = make_vt("a.oge");
+    const std::string command = "QT_QPA_PLATFORM=offscreen " QUMBREL_BIN_DIR "/qumbrel --home '" +
+                                dir.path().string() + "' '" + a + "' >/dev/null 2>&1";
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    EXPECT_TRUE(fs::exists(dir.file("out/a.csv")));
 }
 
 // Every named control of every form takes its text from both language files.

@@ -44,6 +44,7 @@ int main(int argc, char** argv) {
     Program ctx(info, host, clock, log, clsRegionalSettings(*clsRegionalSettings::named("en-US")));
     read_regional_values(ctx);
     ctx.run.strOptionFile = ctx.program_file("qumbrel.ini");
+    ctx.run.bNoSplash = kTrue;
     ctx.run.strRegisterFile = ctx.program_file("sourcefiledb.dat");
     fkt_loadoptionfile(ctx);
     const QString out = argv[2];
