@@ -20,7 +20,10 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QImage>
+#include <QTimer>
 #include "frame/clock.h"
 #include "frame/ini.h"
 #include "frame/language.h"
@@ -246,6 +249,69 @@ TEST_F(Windows, TheAlertShowsItsTextAndCloses) {
     EXPECT_EQ(label->palette().color(QPalette::Window), QColor(0xFF, 0xFF, 0xC0));
     QPointer<QWidget> alive(shown);
     EXPECT_TRUE(QTest::qWaitFor([&] { return alive.isNull(); }, 3000));
+}
+
+// The open dialog of the run page: its filters, the source folder first and the folder of
+// the last choice after; the chosen files are listed. The template dialog of the options.
+TEST_F(Windows, TheFileDialogsFiltersAndFolders) {
+    const std::string a = make_vt("a.oge");
+    fs::create_directories(dir.file("elsewhere"));
+    const std::string b = dir.file("elsewhere/b.ose");
+    fs::copy_file(a, b);
+    MainWindow w(*ctx, host);
+    w.show();
+    w.ShowForm("frm_mdic_run fra_manu");
+    QStringList filters;
+    QString folder;
+    // Answers the dialog once it is up: its filters and folder noted, a file chosen.
+    const auto answer = [&](const std::string& choose) {
+        auto* poll = new QTimer(&w);
+        QObject::connect(poll, &QTimer::timeout, [&, poll, choose] {
+            for (QWidget* top : QApplication::topLevelWidgets()) {
+                auto* d = qobject_cast<QFileDialog*>(top);
+                if (!d || !d->isVisible()) continue;
+                const QString file = QString::fromStdString(choose);
+                if (filters.isEmpty()) {  // first look: note it, pick the file
+                    filters = d->nameFilters();
+                    folder = d->directory().absolutePath();
+                    d->selectNameFilter(filters.size() > 2 ? filters[2] : filters[0]);
+                    d->setDirectory(QFileInfo(file).absolutePath());
+                }
+                // Open once the dialog's listing knows the file, as a user would.
+                if (d->selectedFiles() == QStringList{file}) {
+                    poll->stop();
+                    poll->deleteLater();
+                    static_cast<QDialog*>(d)->accept();
+                } else if (auto* name = d->findChild<QLineEdit*>("fileNameEdit")) {
+                    name->setText(QFileInfo(file).fileName());  // typed into the name box
+                }
+                return;
+            }
+        });
+        poll->start(10);
+    };
+    answer(b);
+    QTest::mouseClick(find<QAbstractButton>(&w, "cmd_manuopen"), Qt::LeftButton);
+    EXPECT_EQ(folder.toStdString(), dir.file("in"));
+    ASSERT_EQ(filters.size(), 5);
+    EXPECT_EQ(filters[0], "Display Data File (*.osd *.ogd *.oad *.obd *.hnd *.kld)");
+    EXPECT_EQ(filters[4], "Userdef. (*.hnd)");
+    filters.clear();
+    answer(a);
+    QTest::mouseClick(find<QAbstractButton>(&w, "cmd_manuopen"), Qt::LeftButton);
+    EXPECT_EQ(folder.toStdString(), dir.file("elsewhere"));  // the folder chosen last
+    ASSERT_EQ(w.run_page()->files()->count(), 2);
+    EXPECT_EQ(w.run_page()->files()->item(0)->text().toStdString(), b);
+
+    w.ShowForm("frm_mdic_settings fra_properties");
+    find<QComboBox>(&w, "cmb_targetformat")->setCurrentIndex(2);
+    testing::write_file(dir.file("in/t.xltx"), "PK");
+    filters.clear();
+    answer(dir.file("in/t.xltx"));
+    QTest::mouseClick(find<QAbstractButton>(&w, "cmd_excelsourcefile"), Qt::LeftButton);
+    EXPECT_EQ(filters, QStringList{"Excel File (*.xlt* *.xls*)"});
+    EXPECT_EQ(find<QLineEdit>(&w, "txt_excelsourcefile")->text().toStdString(),
+              dir.file("in/t.xltx"));
 }
 
 // The splash: the program folder's picture (found by content, whatever its name says), the
