@@ -47,6 +47,19 @@ QPushButton* button(const QString& name, const QString& text, QWidget* parent) {
 
 }  // namespace
 
+void show_file_info(Program& ctx, QListWidget* list, const QString& file) {
+    list->clear();
+    if (file.isEmpty()) return;
+    const std::string path = file.toStdString();
+    const auto family = family_of_extension(Cls_APIFile::GetFileExtension(path, true));
+    if (!family) return;
+    const FamilyFunctions& f = family_table(ctx).of(family->family);
+    if (!f.fileInfo) return;
+    FileInfoList lines;
+    f.fileInfo(ctx, lines, path);
+    for (const std::string& line : lines.lines) list->addItem(QString::fromStdString(line));
+}
+
 HomePage::HomePage(Program& ctx, QWidget* parent) : Page(parent), ctx_(ctx) {
     setObjectName("frm_mdic_home");
     auto* layout = new QVBoxLayout(this);
@@ -253,16 +266,7 @@ void RunPage::dropEvent(QDropEvent* event) {
 }
 
 void RunPage::show_info(const QString& file) {
-    info_->clear();
-    if (file.isEmpty()) return;
-    const std::string path = file.toStdString();
-    const auto family = family_of_extension(Cls_APIFile::GetFileExtension(path, true));
-    if (!family) return;
-    const FamilyFunctions& f = family_table(ctx_).of(family->family);
-    if (!f.fileInfo) return;
-    FileInfoList list;
-    f.fileInfo(ctx_, list, path);
-    for (const std::string& line : list.lines) info_->addItem(QString::fromStdString(line));
+    show_file_info(ctx_, info_, file);
 }
 
 void RunPage::convert_all() {

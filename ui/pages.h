@@ -16,6 +16,10 @@ namespace qumbrel {
 
 class QtHost;
 
+// The information list of a recorder file, by the family of its extension (nothing for
+// a file no family reads).
+void show_file_info(Program& ctx, QListWidget* list, const QString& file);
+
 class Page : public QWidget {
     Q_OBJECT
   public:

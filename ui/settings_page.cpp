@@ -272,6 +272,18 @@ QWidget* SettingsPage::report_frame() {
     form->addRow(labels_.back(), line("txt_fileextension", f));
     labels_ << label("lbl_rowcol", "First cell: row and column", f);
     form->addRow(labels_.back(), row_of(f, {line("txt_row", f), line("txt_col", f)}));
+    // A recorder file's information beside the name elements it gives.
+    auto* sample = button("cmd_samplefile", "Sample file...", f);
+    sample_ = new QListWidget(f);
+    sample_->setObjectName("lst_samplefile");
+    connect(sample, &QPushButton::clicked, this, [this] {
+        const QString file = QFileDialog::getOpenFileName(
+            this, QString(), QString::fromStdString(ctx_.opt.sourcepath),
+            "Files (*.ose *.osd *.oge *.ogd *.oad *.oae *.obd *.obe *.hnd *.hns *.kle *.kld)");
+        if (!file.isEmpty()) sample_file(file);
+    });
+    form->addRow(sample);
+    form->addRow(sample_);
     return f;
 }
 
@@ -363,6 +375,10 @@ QWidget* SettingsPage::printing_frame() {
 void SettingsPage::ShowFrame(const QString& frame) {
     if (auto* f = frames_->findChild<QWidget*>(frame, Qt::FindDirectChildrenOnly))
         frames_->setCurrentWidget(f);
+}
+
+void SettingsPage::sample_file(const QString& file) {
+    show_file_info(ctx_, sample_, file);
 }
 
 void SettingsPage::changed() {

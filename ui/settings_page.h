@@ -5,6 +5,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMap>
 #include <QMenu>
 #include <QRadioButton>
@@ -32,6 +33,8 @@ class SettingsPage final : public Page {
     // The element menu of a box; each entry puts its token at the box's cursor.
     QMenu* element_menu(const QString& box) const { return elementMenus_.value(box); }
     QMenu* channel_menu(int k) const { return channelMenus_.value(k); }
+    // The information list of a recorder file, to see the elements a name can take.
+    void sample_file(const QString& file);
     bool bOptionsChanged = false;
 
     // Where the status lines of a save go (the main window's status bar).
@@ -65,6 +68,7 @@ class SettingsPage final : public Page {
     QComboBox* targetname_ = nullptr;
     QComboBox* printer_[2]{};
     QList<QWidget*> labels_;
+    QListWidget* sample_ = nullptr;
     bool loading_ = false;
 };
 

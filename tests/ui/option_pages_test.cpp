@@ -10,6 +10,7 @@
 #include <QFocusEvent>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
 #include <QRadioButton>
 #include <QRegularExpression>
@@ -245,6 +246,10 @@ TEST_F(OptionPages, MenusPutTheirTokensAtTheCursor) {
         ->trigger();
     EXPECT_EQ(moved->text(), "/x/$S");
     EXPECT_EQ(name->text(), "A$YYYY$LLLB");  // only the box that opened the menu
+
+    // The sample file's information list.
+    page.sample_file(QString::fromStdString(make_vt("s.oge")));
+    EXPECT_GT(find<QListWidget>(&page, "lst_samplefile")->count(), 5);
 
     QLineEdit* channels = find<QLineEdit>(&page, "txt_channels");
     channels->clear();
