@@ -23,6 +23,7 @@
 #include "recorder/families.h"
 #include "ui/qt_host.h"
 #include "ui/translate.h"
+#include "ui/widgets.h"
 
 namespace qumbrel {
 namespace {
@@ -32,17 +33,10 @@ bool exists(const std::string& path) {
     return !path.empty() && std::filesystem::exists(path, ec);
 }
 
-QLabel* label(const QString& name, const QString& text, QWidget* parent) {
-    auto* l = new QLabel(text, parent);
-    l->setObjectName(name);
+QLabel* wrapped_label(const QString& name, const QString& text, QWidget* parent) {
+    QLabel* l = named_label(name, text, parent);
     l->setWordWrap(true);
     return l;
-}
-
-QPushButton* button(const QString& name, const QString& text, QWidget* parent) {
-    auto* b = new QPushButton(text, parent);
-    b->setObjectName(name);
-    return b;
 }
 
 }  // namespace
@@ -63,12 +57,13 @@ void show_file_info(Program& ctx, QListWidget* list, const QString& file) {
 HomePage::HomePage(Program& ctx, QWidget* parent) : Page(parent), ctx_(ctx) {
     setObjectName("frm_mdic_home");
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(label("lbl_version", QString::fromStdString(ctx.info.program_name()), this));
-    layout->addWidget(label("lbl_description",
-                            "Reports from the data files of paperless chart recorders.", this));
+    layout->addWidget(
+        wrapped_label("lbl_version", QString::fromStdString(ctx.info.program_name()), this));
+    layout->addWidget(wrapped_label(
+        "lbl_description", "Reports from the data files of paperless chart recorders.", this));
     pathErrors_ =
-        label("lbl_patherrors",
-              "A folder or file of the options does not exist: check the settings.", this);
+        wrapped_label("lbl_patherrors",
+                      "A folder or file of the options does not exist: check the settings.", this);
     layout->addWidget(pathErrors_);
     layout->addStretch();
     translate_widget(ctx_, this);
@@ -90,9 +85,10 @@ void HomePage::sub_checkallpath() {
 InfoPage::InfoPage(Program& ctx, QWidget* parent) : Page(parent) {
     setObjectName("frm_mdic_info");
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(label("lbl_version", QString::fromStdString(ctx.info.program_name()), this));
-    auto* errors = button("cmd_viewerrorfile", "Show the error log", this);
-    auto* manual = button("cmd_helpfile", "Open the manual", this);
+    layout->addWidget(
+        wrapped_label("lbl_version", QString::fromStdString(ctx.info.program_name()), this));
+    auto* errors = named_button("cmd_viewerrorfile", "Show the error log", this);
+    auto* manual = named_button("cmd_helpfile", "Open the manual", this);
     layout->addWidget(errors);
     layout->addWidget(manual);
     layout->addStretch();
@@ -118,8 +114,8 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
     inHand_ = new QLineEdit(manu);
     inHand_->setObjectName("txt_manuopen");
     inHand_->setReadOnly(true);
-    auto* open = button("cmd_manuopen", "Open files...", manu);
-    start_ = button("cmd_manuconvertstart", "Convert", manu);
+    auto* open = named_button("cmd_manuopen", "Open files...", manu);
+    start_ = named_button("cmd_manuconvertstart", "Convert", manu);
     start_->setEnabled(false);
     info_ = new QListWidget(manu);
     info_->setObjectName("lst_fileinfo");
@@ -154,17 +150,17 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
         e->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), e));
     autostart_ = new QCheckBox("Start with the desktop", autoFrame);
     autostart_->setObjectName("cbx_autostartwindows");
-    auto* startAuto = button("cmd_startauto", "Start the automatic mode", autoFrame);
+    auto* startAuto = named_button("cmd_startauto", "Start the automatic mode", autoFrame);
     // The caption a missing source folder is told with; never shown itself.
-    auto* noSource =
-        label("lbl_nosourcepath",
-              "The source folder does not exist: the automatic mode cannot start.", autoFrame);
+    auto* noSource = wrapped_label(
+        "lbl_nosourcepath", "The source folder does not exist: the automatic mode cannot start.",
+        autoFrame);
     noSource->setVisible(false);
     auto* form = new QFormLayout(autoFrame);
-    form->addRow(label("lbl_sheduler", "Schedule", autoFrame), scheduler_);
-    form->addRow(label("lbl_day", "Day", autoFrame), day_);
-    form->addRow(label("lbl_hour", "Hour", autoFrame), hour_);
-    form->addRow(label("lbl_minute", "Minute", autoFrame), minute_);
+    form->addRow(wrapped_label("lbl_sheduler", "Schedule", autoFrame), scheduler_);
+    form->addRow(wrapped_label("lbl_day", "Day", autoFrame), day_);
+    form->addRow(wrapped_label("lbl_hour", "Hour", autoFrame), hour_);
+    form->addRow(wrapped_label("lbl_minute", "Minute", autoFrame), minute_);
     form->addRow(autostart_);
     form->addRow(startAuto);
     frames_->addWidget(autoFrame);

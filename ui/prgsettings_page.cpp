@@ -20,23 +20,12 @@
 #include "frame/registry.h"
 #include "ui/login_dialog.h"
 #include "ui/translate.h"
+#include "ui/widgets.h"
 
 namespace qumbrel {
 namespace {
 
 constexpr const char* kTrap = "cmd_saveprotection_Click of Formular frm_mdic_prgsettings";
-
-QLabel* label(const QString& name, const QString& text, QWidget* parent) {
-    auto* l = new QLabel(text, parent);
-    l->setObjectName(name);
-    return l;
-}
-
-QPushButton* button(const QString& name, const QString& text, QWidget* parent) {
-    auto* b = new QPushButton(text, parent);
-    b->setObjectName(name);
-    return b;
-}
 
 }  // namespace
 
@@ -51,12 +40,12 @@ PrgSettingsPage::PrgSettingsPage(Program& ctx, ServiceControl service, QWidget* 
     password_ = new QLineEdit(protection);
     password_->setObjectName("txt_password");
     password_->setEchoMode(QLineEdit::Password);
-    saveProtection_ = button("cmd_saveprotection", "Apply", protection);
+    saveProtection_ = named_button("cmd_saveprotection", "Apply", protection);
     saveProtection_->setEnabled(false);
     // Captions frm_login takes for its two questions; never shown on the page.
-    auto* oldPassword = label("lbl_oldpassword", "Present password", protection);
+    auto* oldPassword = named_label("lbl_oldpassword", "Present password", protection);
     oldPassword->setVisible(false);
-    auto* newPassword = label("lbl_password", "New password", protection);
+    auto* newPassword = named_label("lbl_password", "New password", protection);
     auto* p = new QFormLayout(protection);
     p->addRow(protection_);
     p->addRow(newPassword, password_);
@@ -65,7 +54,7 @@ PrgSettingsPage::PrgSettingsPage(Program& ctx, ServiceControl service, QWidget* 
 
     auto* language = new QGroupBox("Language", this);
     language->setObjectName("fra_language");
-    auto* chooseLanguage = button("cmd_language", "Language...", language);
+    auto* chooseLanguage = named_button("cmd_language", "Language...", language);
     languages_ = new QMenu(this);
     languages_->setObjectName("MNtranslate");
     auto* l = new QVBoxLayout(language);
@@ -73,8 +62,8 @@ PrgSettingsPage::PrgSettingsPage(Program& ctx, ServiceControl service, QWidget* 
 
     auto* svc = new QGroupBox("Service", this);
     svc->setObjectName("fra_service");
-    install_ = button("cmd_serviceInstall", "Install Service", svc);
-    start_ = button("cmd_serviceStart", "Start Service", svc);
+    install_ = named_button("cmd_serviceInstall", "Install Service", svc);
+    start_ = named_button("cmd_serviceStart", "Start Service", svc);
     timeout_ = new QLineEdit(svc);
     timeout_->setObjectName("txt_timeoutcountsec");
     timeout_->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), timeout_));
@@ -86,8 +75,8 @@ PrgSettingsPage::PrgSettingsPage(Program& ctx, ServiceControl service, QWidget* 
     s->addRow(buttons);
     auto* timeoutRow = new QHBoxLayout;
     timeoutRow->addWidget(timeout_, 1);
-    timeoutRow->addWidget(label("lbl_sec", "seconds", svc));
-    s->addRow(label("lbl_timeout", "Time-out of a conversion", svc), timeoutRow);
+    timeoutRow->addWidget(named_label("lbl_sec", "seconds", svc));
+    s->addRow(named_label("lbl_timeout", "Time-out of a conversion", svc), timeoutRow);
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(protection);

@@ -13,6 +13,28 @@
 #include "ui/tray_form.h"
 
 namespace qumbrel {
+namespace {
+
+// What every run with windows has: the application, the Qt host, and a program context
+// over the headless one's run flags with the options loaded anew and CUPS for printing.
+struct WindowRun {
+    WindowRun(Program& headless, int argc, char** argv)
+        : argc_(argc),
+          app(argc_, argv),
+          ctx(headless.info, host, clock, headless.eventLog, headless.regional) {
+        ctx.run = headless.run;
+        use_cups_printers(ctx);
+        read_regional_values(ctx);
+        fkt_loadoptionfile(ctx);
+    }
+    int argc_;  // QApplication keeps a reference to it
+    QApplication app;
+    QtHost host;
+    SystemClock clock;
+    Program ctx;
+};
+
+}  // namespace
 
 bool display_available() {
     for (const char* v : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"})
@@ -21,14 +43,10 @@ bool display_available() {
 }
 
 int run_main_window(Program& headless, int argc, char** argv, const std::string& note) {
-    QApplication app(argc, argv);
-    QtHost host;
-    SystemClock clock;
-    Program ctx(headless.info, host, clock, headless.eventLog, headless.regional);
-    ctx.run = headless.run;
-    use_cups_printers(ctx);
-    read_regional_values(ctx);
-    fkt_loadoptionfile(ctx);
+    WindowRun r(headless, argc, argv);
+    QApplication& app = r.app;
+    QtHost& host = r.host;
+    Program& ctx = r.ctx;
     MainWindow window(ctx, host);
     window.show();
     if (!note.empty()) {
@@ -41,14 +59,10 @@ int run_main_window(Program& headless, int argc, char** argv, const std::string&
 
 int run_one_shot_form(Program& headless, int argc, char** argv,
                       const std::function<int(Program&)>& convert) {
-    QApplication app(argc, argv);
-    QtHost host;
-    SystemClock clock;
-    Program ctx(headless.info, host, clock, headless.eventLog, headless.regional);
-    ctx.run = headless.run;
-    use_cups_printers(ctx);
-    read_regional_values(ctx);
-    fkt_loadoptionfile(ctx);
+    WindowRun r(headless, argc, argv);
+    QApplication& app = r.app;
+    QtHost& host = r.host;
+    Program& ctx = r.ctx;
     OneShotForm form(ctx, convert);
     std::unique_ptr<MainWindow> window;
     QObject::connect(&form, &OneShotForm::windowWanted, [&] {
@@ -60,15 +74,11 @@ int run_one_shot_form(Program& headless, int argc, char** argv,
 }
 
 int run_tray(Program& headless, int argc, char** argv) {
-    QApplication app(argc, argv);
+    WindowRun r(headless, argc, argv);
+    QApplication& app = r.app;
     app.setQuitOnLastWindowClosed(false);  // the tray runs without a window
-    QtHost host;
-    SystemClock clock;
-    Program ctx(headless.info, host, clock, headless.eventLog, headless.regional);
-    ctx.run = headless.run;
-    use_cups_printers(ctx);
-    read_regional_values(ctx);
-    fkt_loadoptionfile(ctx);
+    QtHost& host = r.host;
+    Program& ctx = r.ctx;
     TrayForm tray(ctx);
     std::unique_ptr<MainWindow> window;
     QObject::connect(&tray, &TrayForm::windowWanted, [&] {

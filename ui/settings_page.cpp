@@ -15,6 +15,7 @@
 #include "reports/printer.h"
 #include "ui/text_filters.h"
 #include "ui/translate.h"
+#include "ui/widgets.h"
 
 namespace qumbrel {
 namespace {
@@ -77,18 +78,6 @@ Flag* inclusion(Options& o, const QString& name) {
     return &o.ctrleventinclusive;
 }
 
-QLabel* label(const QString& name, const QString& text, QWidget* parent) {
-    auto* l = new QLabel(text, parent);
-    l->setObjectName(name);
-    return l;
-}
-
-QPushButton* button(const QString& name, const QString& text, QWidget* parent) {
-    auto* b = new QPushButton(text, parent);
-    b->setObjectName(name);
-    return b;
-}
-
 QRadioButton* option(const QString& name, int index, const QString& text, QWidget* parent) {
     auto* o = new QRadioButton(text, parent);
     o->setObjectName(QString("%1(%2)").arg(name).arg(index));
@@ -124,8 +113,8 @@ SettingsPage::SettingsPage(Program& ctx, QWidget* parent) : Page(parent), ctx_(c
     frames_->addWidget(report_frame());
     frames_->addWidget(options_frame());
     frames_->addWidget(printing_frame());
-    auto* save = button("cmd_save", "Save", this);
-    auto* cancel = button("cmd_cancel", "Undo changes", this);
+    auto* save = named_button("cmd_save", "Save", this);
+    auto* cancel = named_button("cmd_cancel", "Undo changes", this);
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(frames_, 1);
     layout->addWidget(row_of(this, {save, cancel}));
@@ -177,7 +166,7 @@ QCheckBox* SettingsPage::check(const QString& name, const QString& text, QWidget
 
 QPushButton* SettingsPage::browse(const QString& name, QLineEdit* box, bool folder,
                                   const QString& filter) {
-    auto* b = button(name, "...", box->parentWidget());
+    auto* b = named_button(name, "...", box->parentWidget());
     connect(b, &QPushButton::clicked, this, [this, box, folder, filter] {
         const QString chosen =
             folder ? QFileDialog::getExistingDirectory(this, QString(), box->text())
@@ -188,7 +177,7 @@ QPushButton* SettingsPage::browse(const QString& name, QLineEdit* box, bool fold
 }
 
 QPushButton* SettingsPage::elements(const QString& name, QLineEdit* box) {
-    auto* b = button(name, "$", box->parentWidget());
+    auto* b = named_button(name, "$", box->parentWidget());
     auto* menu = new QMenu(this);
     menu->setObjectName(name + "_menu");
     for (const Element& e : kElements) {
@@ -210,14 +199,14 @@ QWidget* SettingsPage::files_frame() {
     f->setObjectName("fra_optionfile");
     auto* form = new QFormLayout(f);
     QLineEdit* source = line("txt_sourcepath", f);
-    form->addRow(label("lbl_sourcepath", "Source folder", f),
+    form->addRow(named_label("lbl_sourcepath", "Source folder", f),
                  row_of(f, {source, browse("cmd_sourcepath", source, true, {})}));
     QLineEdit* target = line("txt_targetpath", f);
-    form->addRow(label("lbl_targetpath", "Report folder", f),
+    form->addRow(named_label("lbl_targetpath", "Report folder", f),
                  row_of(f, {target, browse("cmd_targetpath", target, true, {}),
                             elements("cmd_targetpathelements", target)}));
     QLineEdit* moved = line("txt_targetpathsourcefile", f);
-    form->addRow(label("lbl_targetpathsourcefile", "Folder of converted source files", f),
+    form->addRow(named_label("lbl_targetpathsourcefile", "Folder of converted source files", f),
                  row_of(f, {moved, browse("cmd_targetpathsourcefile", moved, true, {}),
                             elements("cmd_targetpathsourcefileelements", moved)}));
     auto* disposal = new QGroupBox("After the conversion", f);
@@ -245,35 +234,35 @@ QWidget* SettingsPage::report_frame() {
     targetformat_ = new QComboBox(f);
     targetformat_->setObjectName("cmb_targetformat");
     targetformat_->addItems({"CSV", "XLS", "Excel template", "Customer text"});
-    form->addRow(label("lbl_targetformat", "Report format", f), targetformat_);
+    form->addRow(named_label("lbl_targetformat", "Report format", f), targetformat_);
     const QString excelFilter = "Excel File (*.xlt* *.xls*)";
     QLineEdit* templ = line("txt_excelsourcefile", f);
-    labels_ << label("lbl_excelsourcefile", "Template", f);
+    labels_ << named_label("lbl_excelsourcefile", "Template", f);
     form->addRow(labels_.back(),
                  row_of(f, {templ, browse("cmd_excelsourcefile", templ, false, excelFilter)}));
     form->addRow(check("cbx_runexcelmakro", "Run the macro Qumbrel of the template", f));
     form->addRow(check("cbx_excelsourcefileAlarm", "Alarms and messages in a second workbook", f));
     QLineEdit* alarm = line("txt_excelsourcefilealarm", f);
-    labels_ << label("lbl_excelsourcefilealarm", "Template of the second workbook", f);
+    labels_ << named_label("lbl_excelsourcefilealarm", "Template of the second workbook", f);
     form->addRow(labels_.back(),
                  row_of(f, {alarm, browse("cmd_excelsourcefilealarm", alarm, false, excelFilter)}));
-    form->addRow(label("lbl_almlsuffix", "Name suffix of the second workbook", f),
+    form->addRow(named_label("lbl_almlsuffix", "Name suffix of the second workbook", f),
                  line("txt_almlsuffix", f));
     targetname_ = new QComboBox(f);
     targetname_->setObjectName("cmb_targetname");
     targetname_->addItems({"Name of the source file", "Name from elements"});
-    form->addRow(label("lbl_targetname", "Report name", f), targetname_);
+    form->addRow(named_label("lbl_targetname", "Report name", f), targetname_);
     QLineEdit* name = line("txt_targetname", f);
-    form->addRow(label("lbl_targetnameformat", "Elements of the name", f),
+    form->addRow(named_label("lbl_targetnameformat", "Elements of the name", f),
                  row_of(f, {name, elements("cmd_targetnamemenu", name)}));
     form->addRow(
         check("cbx_sourcenamesametarget", "A moved source file takes the report's name", f));
-    labels_ << label("lbl_fileextension", "Extension of CSV reports", f);
+    labels_ << named_label("lbl_fileextension", "Extension of CSV reports", f);
     form->addRow(labels_.back(), line("txt_fileextension", f));
-    labels_ << label("lbl_rowcol", "First cell: row and column", f);
+    labels_ << named_label("lbl_rowcol", "First cell: row and column", f);
     form->addRow(labels_.back(), row_of(f, {line("txt_row", f), line("txt_col", f)}));
     // A recorder file's information beside the name elements it gives.
-    auto* sample = button("cmd_samplefile", "Sample file...", f);
+    auto* sample = named_button("cmd_samplefile", "Sample file...", f);
     sample_ = new QListWidget(f);
     sample_->setObjectName("lst_samplefile");
     connect(sample, &QPushButton::clicked, this, [this] {
@@ -296,17 +285,17 @@ QWidget* SettingsPage::options_frame() {
                               "PV events",       "Control events"};
     for (int i = 0; i < 8; ++i) form->addRow(check(kInclusions[i], captions[i], f));
     for (int i = 1; i <= 4; ++i)
-        form->addRow(label(QString("lbl_userdef%1").arg(i), QString("Own text %1").arg(i), f),
+        form->addRow(named_label(QString("lbl_userdef%1").arg(i), QString("Own text %1").arg(i), f),
                      line(QString("txt_userdef%1").arg(i), f));
     form->addRow(check("cbx_timeselect", "Only samples between", f));
-    form->addRow(label("lbl_timestart", "Start", f), line("txt_timestart", f));
-    form->addRow(label("lbl_timestop", "End", f), line("txt_timestop", f));
+    form->addRow(named_label("lbl_timestart", "Start", f), line("txt_timestart", f));
+    form->addRow(named_label("lbl_timestop", "End", f), line("txt_timestop", f));
     QLineEdit* channels = line("txt_channels", f);
     QList<QWidget*> row{channels};
     for (int k = 0; k < 4; ++k) {
         const ChannelRange& r = kChannelRanges[k];
-        auto* b = button(QString("cmd_channels%1").arg(k + 1),
-                         QString("%1-%2").arg(r.first).arg(r.last), f);
+        auto* b = named_button(QString("cmd_channels%1").arg(k + 1),
+                               QString("%1-%2").arg(r.first).arg(r.last), f);
         auto* menu = new QMenu(this);
         menu->setObjectName(r.menu);
         QAction* all = menu->addAction("All of them");
@@ -333,7 +322,7 @@ QWidget* SettingsPage::options_frame() {
     auto* h = new QHBoxLayout(channelRow);
     h->setContentsMargins(0, 0, 0, 0);
     for (QWidget* w : row) h->addWidget(w, w == channels ? 1 : 0);
-    labels_ << label("lbl_channels", "Channels", f);
+    labels_ << named_label("lbl_channels", "Channels", f);
     form->addRow(labels_.back(), channelRow);
     return f;
 }
@@ -357,17 +346,17 @@ QWidget* SettingsPage::printing_frame() {
     }
     form->addRow(check("cbx_printfile", "Print on", f), printer_[0]);
     form->addRow(check("cbx_printfile2", "Print also on", f), printer_[1]);
-    labels_ << label("lbl_printerorientation", "Orientation", f);
+    labels_ << named_label("lbl_printerorientation", "Orientation", f);
     orientation_[0] = option("opt_printerorientation", 0, "Portrait", f);
     orientation_[1] = option("opt_printerorientation", 1, "Landscape", f);
     form->addRow(labels_.back(), row_of(f, {orientation_[0], orientation_[1]}));
     QLineEdit* pages = line("txt_printpage", f);
-    auto* pipe = button("cmd_printpageaddpipe", "|", f);
+    auto* pipe = named_button("cmd_printpageaddpipe", "|", f);
     connect(pipe, &QPushButton::clicked, this, [pages] {
         pages->setText(pages->text() + "|");
         pages->setFocus();
     });
-    form->addRow(label("lbl_printpage", "Sheets to print", f), row_of(f, {pages, pipe}));
+    form->addRow(named_label("lbl_printpage", "Sheets to print", f), row_of(f, {pages, pipe}));
     form->addRow(check("cbx_delreportfile", "Delete the report after printing", f));
     return f;
 }
