@@ -1,5 +1,7 @@
 #include "ui/oneshot_form.h"
 
+#include "ui/tray_icon.h"
+
 #include <QApplication>
 #include <QEventLoop>
 #include <QStyle>
@@ -12,20 +14,12 @@ OneShotForm::OneShotForm(Program& ctx, Conversion convert, QObject* parent)
 
 int OneShotForm::run() {
     if (QSystemTrayIcon::isSystemTrayAvailable()) {
-        icon_ = new QSystemTrayIcon(QApplication::style()->standardIcon(QStyle::SP_BrowserReload),
-                                    this);
+        TrayIcon t = make_tray_icon(
+            this, QApplication::style()->standardIcon(QStyle::SP_BrowserReload),
+            [this] { open_window(); }, [this] { exit_program(); });
+        icon_ = t.icon;
+        menu_ = std::move(t.menu);
         icon_->setToolTip(QString::fromStdString(ctx_.info.program_name()));
-        menu_ = std::make_unique<QMenu>();
-        QAction* option = menu_->addAction("Open the window");
-        option->setObjectName("mnu_systray_option");
-        QAction* exit = menu_->addAction("Exit");
-        exit->setObjectName("mnu_systray_exit");
-        connect(option, &QAction::triggered, this, &OneShotForm::open_window);
-        connect(exit, &QAction::triggered, this, &OneShotForm::exit_program);
-        connect(icon_, &QSystemTrayIcon::activated, this, [this](auto reason) {
-            if (reason == QSystemTrayIcon::DoubleClick) open_window();
-        });
-        icon_->setContextMenu(menu_.get());
         icon_->show();
     }
     QCoreApplication::processEvents();

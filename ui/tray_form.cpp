@@ -5,6 +5,7 @@
 #include <cstdio>
 
 #include "ui/login_dialog.h"
+#include "ui/tray_icon.h"
 
 namespace qumbrel {
 
@@ -27,19 +28,11 @@ TrayForm::~TrayForm() {
 bool TrayForm::start() {
     if (!form_.form_load()) return false;
     if (QSystemTrayIcon::isSystemTrayAvailable()) {
-        icon_ =
-            new QSystemTrayIcon(QApplication::style()->standardIcon(QStyle::SP_ComputerIcon), this);
-        menu_ = std::make_unique<QMenu>();
-        QAction* option = menu_->addAction("Open the window");
-        option->setObjectName("mnu_systray_option");
-        QAction* exit = menu_->addAction("Exit");
-        exit->setObjectName("mnu_systray_exit");
-        connect(option, &QAction::triggered, this, &TrayForm::open_window);
-        connect(exit, &QAction::triggered, this, &TrayForm::exit_program);
-        connect(icon_, &QSystemTrayIcon::activated, this, [this](auto reason) {
-            if (reason == QSystemTrayIcon::DoubleClick) open_window();
-        });
-        icon_->setContextMenu(menu_.get());
+        TrayIcon t = make_tray_icon(
+            this, QApplication::style()->standardIcon(QStyle::SP_ComputerIcon),
+            [this] { open_window(); }, [this] { exit_program(); });
+        icon_ = t.icon;
+        menu_ = std::move(t.menu);
         reset_icon();
         icon_->show();
     } else {
