@@ -28,6 +28,7 @@
 #include <string_view>
 #include <vector>
 
+#include "bench/child_process.h"
 #include "frame/context.h"
 #include "frame/headless_host.h"
 #include "recorder/hn_reader.h"
@@ -37,6 +38,9 @@
 #include "recorder/vu_reader.h"
 
 namespace {
+
+using qumbrel::bench::Outcome;
+using qumbrel::bench::run_child;
 
 using namespace qumbrel;
 namespace fs = std::filesystem;
@@ -80,29 +84,6 @@ class NullEventLog final : public EventLogBackend {
   public:
     void report(std::string_view, int, std::uint32_t, std::string_view) override {}
 };
-
-struct Outcome {
-    bool ok = false;
-    double seconds = 0;
-    long maxrssKib = 0;
-};
-
-// Runs `child` in a forked process (exit status 0 is success), timing it from outside.
-Outcome run_child(const std::function<int()>& child) {
-    Outcome o;
-    const auto t0 = std::chrono::steady_clock::now();
-    const pid_t pid = ::fork();
-    if (pid < 0) return o;
-    if (pid == 0) ::_exit(child());
-    int status = 0;
-    struct rusage ru {};
-    ::wait4(pid, &status, 0, &ru);
-    const std::chrono::duration<double> dt = std::chrono::steady_clock::now() - t0;
-    o.seconds = dt.count();
-    o.maxrssKib = ru.ru_maxrss;
-    o.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    return o;
-}
 
 int exec_qumbrel(const std::string& qumbrel, const std::string& home, const std::string& src) {
     ::setenv("QUMBREL_REGION", "en-US", 1);

@@ -17,33 +17,16 @@
 #include <functional>
 #include <string>
 
+#include "bench/child_process.h"
 #include "excel/ooxml/workbook.h"
 
 namespace {
 
+using qumbrel::bench::Outcome;
+using qumbrel::bench::run_child;
+
 namespace fs = std::filesystem;
 using namespace qumbrel::ooxml;
-
-struct Outcome {
-    double seconds = 0;
-    long maxrssKib = 0;
-    bool ok = false;
-};
-
-Outcome run_child(const std::function<int()>& child) {
-    Outcome o;
-    const auto t0 = std::chrono::steady_clock::now();
-    const pid_t pid = ::fork();
-    if (pid < 0) return o;
-    if (pid == 0) ::_exit(child());
-    int status = 0;
-    struct rusage ru {};
-    ::wait4(pid, &status, 0, &ru);
-    o.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
-    o.maxrssKib = ru.ru_maxrss;
-    o.ok = WIFEXITED(status) && WEXITSTATUS(status) == 0;
-    return o;
-}
 
 int fill_native(const std::string& in, const std::string& out, long rows) {
     try {
