@@ -134,8 +134,8 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
     autoFrame->setObjectName("fra_auto");
     scheduler_ = new QComboBox(autoFrame);
     scheduler_->setObjectName("cmb_optionautosheduler");
-    for (const char* k : {"Weekly", "Daily", "Hourly", "Every 2 hours", "Every 6 hours",
-                          "Every 12 hours", "Every minute", "Every n minutes"})
+    for (const char* k : {"Weekly", "Daily", "Hourly", "Every 3 hours", "Every 6 hours",
+                          "Every 12 hours", "Every 5 seconds", "Every n minutes"})
         scheduler_->addItem(k);
     day_ = new QComboBox(autoFrame);
     day_->setObjectName("cmb_optionautoshedulerday");

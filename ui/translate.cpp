@@ -2,6 +2,7 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QRegularExpression>
@@ -64,6 +65,17 @@ void translate_widget(Program& ctx, QWidget* window) {
         owners.push_back(o);
     }
     sub_translateform(ctx, form, ctx.opt.language);
+    // The items of a list box by "<name>.List(<index>)", a key the form walk does not know.
+    const std::string file = resolve_language_path(ctx, ctx.opt.language);
+    for (QComboBox* box : window->findChildren<QComboBox*>()) {
+        if (box->objectName().isEmpty() || !own(box)) continue;
+        const std::string name = box->objectName().toStdString();
+        for (int i = 0; i < box->count(); ++i) {
+            const std::string key = name + ".List(" + std::to_string(i) + ")";
+            box->setItemText(i, QString::fromStdString(fkt_readlanguage(
+                                    file, form.name, key, box->itemText(i).toStdString())));
+        }
+    }
     window->setWindowTitle(QString::fromStdString(form.caption));
     for (std::size_t k = 0; k < owners.size(); ++k) {
         const TranslatableControl& c = form.controls[k];

@@ -393,6 +393,14 @@ TEST_F(Windows, EveryFormIsTranslatedInBothLanguages) {
                 for (QObject* p = o->parent(); p && p != form; p = p->parent())
                     nested = nested || p->objectName().startsWith("frm_");
                 if (nested) continue;
+                if (auto* box = qobject_cast<QComboBox*>(o); box && !box->isEditable()) {
+                    for (int i = 0; i < box->count(); ++i)
+                        EXPECT_NE(
+                            fkt_readlanguage(file, section,
+                                             name + ".List(" + std::to_string(i) + ")", "\x01"),
+                            "\x01")
+                            << section << " " << name << " " << i;
+                }
                 if (!qobject_cast<QAbstractButton*>(o) && !qobject_cast<QLabel*>(o) &&
                     !qobject_cast<QAction*>(o))
                     continue;
@@ -403,6 +411,7 @@ TEST_F(Windows, EveryFormIsTranslatedInBothLanguages) {
         if (std::string(language) == "deutsch.lng") {
             EXPECT_EQ(find<QAbstractButton>(&w, "cmd_explorerbar_home")->text(), "Start");
             EXPECT_EQ(find<QLabel>(&login, "lbl_status")->text(), "Falsches Passwort");
+            EXPECT_EQ(find<QComboBox>(&w, "cmb_targetformat")->itemText(2), "Excel-Vorlage");
         }
     }
 }
