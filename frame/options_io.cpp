@@ -65,6 +65,8 @@ void report_option_file(Program& ctx, const char* where, const std::string& desc
 bool finish_save(Program& ctx, bool ok) {
     clsINI ini(ctx.run.strOptionFile);
     ok = ini.CreateKeyValue(kFile, "savetoggle", "1") && ok;
+    // The same message to the companion service: the folder it watches may have changed.
+    ok = ini.CreateKeyValue(kFile, "savetogglesvc", "1") && ok;
     if (!ok) report_option_file(ctx, "fkt_saveoption()", "Option file could not be written: ");
     return ok;
 }

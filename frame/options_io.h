@@ -14,7 +14,7 @@ bool fkt_reloadoptions(Program& ctx);
 bool fkt_setsavetoggle(Program& ctx);
 
 // The save functions of the three option pages: each writes its keys from `values` (the
-// page's controls) and then "1" to savetoggle. A flag writes "1" or "0".
+// page's controls) and then "1" to savetoggle and savetogglesvc. A flag writes "1" or "0".
 bool fkt_saveoption_run(Program& ctx, const Options& values);
 bool fkt_saveoption_settings(Program& ctx, const Options& values);
 bool fkt_saveoption_prgsettings(Program& ctx, const Options& values);

@@ -150,7 +150,8 @@ TEST_F(OptionPages, EveryControlRoundTripsItsOption) {
         {"delreportfile", "1"},
         {"printpage", "1|Lists"},
         {"targetpath", "/r/$YYYY"},
-        {"savetoggle", "0"}};  // set by the save, reset by the read-back's load
+        {"savetoggle", "0"},  // set by the save, reset by the read-back's load
+        {"savetogglesvc", "1"}};
     for (const auto& [k, v] : file) EXPECT_EQ(key("file", k), v) << k;
     EXPECT_EQ(key("file", "sourcepath"), dir.file("in2"));
     EXPECT_EQ(key("userdefined", "Channels"), "5|3|");
