@@ -44,7 +44,7 @@ void print_engines(const OfficeHelper& office) {
 }  // namespace
 
 int check_template(const std::string& path) {
-    const OfficeHelper office;
+    OfficeHelper office;
     // A legacy workbook is read as the engine will fill it: converted by LibreOffice.
     std::string readable = path;
     struct Remove {

@@ -5,8 +5,12 @@
 // is stopped at the time limit with the report on its failure path and the source
 // untouched; a missing macro; a workbook printed sheet by sheet on the private CUPS queue
 // of the printing tests.
+#include <signal.h>
+
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
+#include <set>
 #include <thread>
 
 #include "excel/automation.h"
@@ -110,6 +114,51 @@ TEST_F(OfficeBinding, XlsAndXltTemplatesAreFilledAndStayLegacyWorkbooks) {
             EXPECT_EQ(e.path().filename().string().find(".qumbrel."), std::string::npos)
                 << e.path();
     }
+}
+
+// The processes of the office suite on a profile.
+std::set<std::string> offices_on(const std::string& profile) {
+    std::set<std::string> pids;
+    FILE* p = ::popen(("pgrep -f -- '[U]serInstallation=file://" + profile + "'").c_str(), "r");
+    char line[64];
+    while (p && std::fgets(line, sizeof line, p)) pids.insert(line);
+    if (p) ::pclose(p);
+    return pids;
+}
+
+// One soffice serves every operation of a helper's life; one that died is started anew
+// for the next operation; an unknown request is refused and the helper goes on; nothing
+// is left when the helper goes.
+TEST_F(OfficeBinding, OneOfficeServesTheHelpersOperations) {
+    std::string profile;
+    {
+        OfficeHelper office;
+        OfficeResult r = office.run({"convert", templates().file("vt.xlsx"), p.dir.file("a.xls")});
+        ASSERT_EQ(r.exitCode, 0) << r.err;
+        profile = office.profile();
+        const auto first = offices_on(profile);
+        ASSERT_FALSE(first.empty());
+        r = office.run({"convert", p.dir.file("a.xls"), p.dir.file("b.xlsx")});
+        ASSERT_EQ(r.exitCode, 0) << r.err;
+        EXPECT_EQ(offices_on(profile), first);  // the same office
+
+        for (const std::string& pid : first) ::kill(std::stoi(pid), SIGKILL);
+        for (int i = 0; i < 200 && !offices_on(profile).empty(); ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        r = office.run({"convert", p.dir.file("b.xlsx"), p.dir.file("c.xls")});
+        EXPECT_EQ(r.exitCode, 0) << r.err;
+        EXPECT_TRUE(std::filesystem::exists(p.dir.file("c.xls")));
+
+        r = office.run({"nonsense", "a"});
+        EXPECT_EQ(r.exitCode, 2);
+        EXPECT_NE(r.err.find("no such request"), std::string::npos) << r.err;
+        r = office.run({"convert", p.dir.file("c.xls"), p.dir.file("d\tname.xlsx")});
+        EXPECT_EQ(r.exitCode, 0) << r.err;
+        EXPECT_TRUE(std::filesystem::exists(p.dir.file("d\tname.xlsx")));
+        EXPECT_TRUE(office.running());
+    }
+    EXPECT_TRUE(offices_on(profile).empty());
+    EXPECT_FALSE(std::filesystem::exists(profile));
 }
 
 TEST_F(OfficeBinding, AnXlsWorkbookCutToItsRowsSaysSo) {
