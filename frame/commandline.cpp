@@ -183,7 +183,7 @@ std::string usage_text(std::string_view program) {
            "WAYLAND_DISPLAY or QT_QPA_PLATFORM set) it opens the main window, after its\n"
            "splash; a FILE that does not exist opens it too and says so. With FILE on a\n"
            "desktop a tray icon shows while the file is converted (its menu opens the\n"
-           "window); --headless converts without Qt and prints the status lines.\n"
+           "window); --headless converts without Qt and without the icon.\n"
            "\n"
            "  FILE                  convert this file once and exit (one-shot run)\n"
            "  --source=FILE         the same; also /SOURCE:FILE\n"

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QMessageBox>
+#include <cstdio>
 
 #include "ui/alert_window.h"
 
@@ -12,6 +13,12 @@ void QtHost::clear_status_list() {
 }
 
 void QtHost::add_status_line(std::string_view text) {
+    if (echo_ && !list_) {
+        std::printf("%.*s\n", static_cast<int>(text.size()), text.data());
+        std::fflush(stdout);
+        ++echoed_;
+        return;
+    }
     if (!list_) return;
     list_->addItem(QString::fromUtf8(text.data(), static_cast<int>(text.size())));
     list_->setCurrentRow(list_->count() - 1);

@@ -63,6 +63,7 @@ int run_one_shot_form(Program& headless, int argc, char** argv,
     QApplication& app = r.app;
     QtHost& host = r.host;
     Program& ctx = r.ctx;
+    host.set_echo(!ctx.run.quiet && !is_set(ctx.run.bStartsFromService));
     OneShotForm form(ctx, convert);
     std::unique_ptr<MainWindow> window;
     QObject::connect(&form, &OneShotForm::windowWanted, [&] {

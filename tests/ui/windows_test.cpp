@@ -358,13 +358,17 @@ TEST_F(Windows, TheOneShotFormConvertsAndHandsOverToTheWindow) {
     EXPECT_TRUE(fs::exists(dir.file("out/b.csv")));
 }
 
-// qumbrel with a display and a file: the one-shot form converts it and the program ends.
+// qumbrel with a display and a file: the one-shot form converts it, its status lines go
+// to standard output, and the program ends.
 TEST_F(Windows, AFileOnTheCommandLineWithADisplay) {
     const std::string a = make_vt("a.oge");
+    const std::string out = dir.file("stdout.txt");
     const std::string command = "QT_QPA_PLATFORM=offscreen " QUMBREL_BIN_DIR "/qumbrel --home '" +
-                                dir.path().string() + "' '" + a + "' >/dev/null 2>&1";
+                                dir.path().string() + "' '" + a + "' >'" + out + "' 2>/dev/null";
     EXPECT_EQ(std::system(command.c_str()), 0);
     EXPECT_TRUE(fs::exists(dir.file("out/a.csv")));
+    EXPECT_NE(testing::read_file(out).find("Finished."), std::string::npos)
+        << testing::read_file(out);
 }
 
 // Every named control of every form takes its text from both language files.
