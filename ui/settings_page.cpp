@@ -129,8 +129,11 @@ SettingsPage::SettingsPage(Program& ctx, QWidget* parent) : Page(parent), ctx_(c
     for (QLineEdit* box : boxes_)
         connect(box, &QLineEdit::textChanged, this, &SettingsPage::changed);
     for (QCheckBox* c : checks_) connect(c, &QCheckBox::toggled, this, &SettingsPage::changed);
-    for (QComboBox* c : findChildren<QComboBox*>())
+    for (QComboBox* c : findChildren<QComboBox*>()) {
         connect(c, &QComboBox::currentIndexChanged, this, &SettingsPage::changed);
+        if (c->isEditable())  // a printer name typed in
+            connect(c, &QComboBox::editTextChanged, this, &SettingsPage::changed);
+    }
     for (QRadioButton* o : findChildren<QRadioButton*>())
         connect(o, &QRadioButton::toggled, this, &SettingsPage::changed);
 

@@ -78,8 +78,9 @@ TEST_F(OptionPages, EveryControlRoundTripsItsOption) {
         QTest::keyClicks(box, text);
     };
     const auto tick = [&](const char* name) { find<QAbstractButton>(&page, name)->click(); };
+    find<QComboBox>(&page, "cmb_printer(1)")->setEditText("office");
+    EXPECT_TRUE(page.bOptionsChanged);  // a printer's name typed in is a change
     find<QComboBox>(&page, "cmb_targetformat")->setCurrentIndex(2);
-    EXPECT_TRUE(page.bOptionsChanged);
     set("txt_sourcepath", QString::fromStdString(dir.file("in2")));
     set("txt_targetpath", "/r/$YYYY");
     set("txt_targetpathsourcefile", QString::fromStdString(dir.file("moved")));
