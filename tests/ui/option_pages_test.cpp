@@ -19,6 +19,7 @@
 
 #include "frame/ini.h"
 #include "frame/registry.h"
+#include "platform/cups/cups_printers.h"
 #include "tests/support/fake_systemctl.h"
 #include "tests/ui/windows_fixture.h"
 #include "ui/login_dialog.h"
@@ -171,6 +172,21 @@ TEST_F(OptionPages, EveryControlRoundTripsItsOption) {
     EXPECT_EQ(find<QComboBox>(&again, "cmb_printer(1)")->currentText(), "office");
     EXPECT_EQ(find<QComboBox>(&again, "cmb_targetname")->currentIndex(), 1);
     EXPECT_FALSE(again.bOptionsChanged);
+}
+
+// The printer lists come from the print service: the private CUPS server of the tests.
+TEST_F(OptionPages, ThePrinterListsComeFromCups) {
+    const char* server = std::getenv("CUPS_SERVER");
+    if (!server || !*server || !std::getenv("QUMBREL_CUPS_OUT"))
+        GTEST_SKIP() << "no private CUPS server (scripts/test.d/cups.sh starts one)";
+    use_cups_printers(*ctx);
+    SettingsPage page(*ctx);
+    for (const char* list : {"cmb_printer(0)", "cmb_printer(1)"}) {
+        auto* box = find<QComboBox>(&page, list);
+        EXPECT_GE(box->findText("qumbrel_test_a"), 0) << list;
+        EXPECT_GE(box->findText("qumbrel_test_b"), 0) << list;
+    }
+    EXPECT_FALSE(page.bOptionsChanged);
 }
 
 TEST_F(OptionPages, EnabledStatesOfTheFourTargetFormats) {

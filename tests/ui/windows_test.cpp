@@ -20,9 +20,11 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <QClipboard>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QImage>
+#include <QMenu>
 #include <QTimer>
 #include "frame/clock.h"
 #include "frame/ini.h"
@@ -164,6 +166,62 @@ TEST_F(Windows, AManualConversionOfTwoFiles) {
     EXPECT_GE(lines.filter("Finished.").size(), 2) << lines.join("\n").toStdString();
     EXPECT_EQ(run->files()->count(), 0);
     EXPECT_FALSE(find<QAbstractButton>(run, "cmd_manuconvertstart")->isEnabled());
+}
+
+// The status list's menu: its lines copied to the clipboard, and saved as "status.txt"
+// through the save dialog.
+TEST_F(Windows, TheStatusListIsCopiedAndSaved) {
+    MainWindow w(*ctx, host);
+    w.show();
+    w.ShowForm("frm_mdic_run fra_manu");
+    RunPage* run = w.run_page();
+    run->status()->addItems({"Start", "a.oge", "Finished."});
+    QString suggested;
+    // Chooses `entry` in the menu once it is up, and answers a save dialog with `file`.
+    const auto choose = [&](const QString& entry, const QString& file) {
+        auto* poll = new QTimer(&w);
+        QObject::connect(poll, &QTimer::timeout, [&, poll, entry, file] {
+            for (QWidget* top : QApplication::topLevelWidgets()) {
+                if (auto* d = qobject_cast<QFileDialog*>(top); d && d->isVisible()) {
+                    suggested = d->selectedFiles().value(0);
+                    d->setDirectory(QFileInfo(file).absolutePath());
+                    d->findChild<QLineEdit*>("fileNameEdit")->setText(QFileInfo(file).fileName());
+                    poll->stop();
+                    poll->deleteLater();
+                    static_cast<QDialog*>(d)->accept();
+                    return;
+                }
+            }
+            for (QWidget* top : QApplication::topLevelWidgets()) {
+                auto* menu = qobject_cast<QMenu*>(top);
+                if (!menu || !menu->isVisible()) continue;
+                for (QAction* a : menu->actions())
+                    if (a->text() == entry) {
+                        if (file.isEmpty()) {
+                            poll->stop();
+                            poll->deleteLater();
+                        }
+                        // Chosen from an event of its own, so this poll can answer the
+                        // dialog the entry opens.
+                        QTimer::singleShot(0, menu, [menu, a] {
+                            menu->setActiveAction(a);
+                            QTest::keyClick(menu, Qt::Key_Return);
+                        });
+                        return;
+                    }
+            }
+        });
+        poll->start(10);
+    };
+    choose("Copy", {});
+    emit run->status()->customContextMenuRequested(QPoint(5, 5));
+    EXPECT_EQ(QApplication::clipboard()->text(), "Start\na.oge\nFinished.");
+
+    const QString saved = QString::fromStdString(dir.file("saved.txt"));
+    choose("Save...", saved);
+    emit run->status()->customContextMenuRequested(QPoint(5, 5));
+    EXPECT_TRUE(suggested.endsWith("status.txt")) << suggested.toStdString();
+    EXPECT_EQ(testing::read_file(saved.toStdString()), "Start\na.oge\nFinished.\n");
 }
 
 TEST_F(Windows, ScheduleInputsByKindAndDigitsOnly) {
