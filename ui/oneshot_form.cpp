@@ -15,7 +15,8 @@ OneShotForm::OneShotForm(Program& ctx, Conversion convert, QObject* parent)
 int OneShotForm::run() {
     if (QSystemTrayIcon::isSystemTrayAvailable()) {
         TrayIcon t = make_tray_icon(
-            this, QApplication::style()->standardIcon(QStyle::SP_BrowserReload),
+            ctx_, "frm_systrayOnce", this,
+            QApplication::style()->standardIcon(QStyle::SP_BrowserReload),
             [this] { open_window(); }, [this] { exit_program(); });
         icon_ = t.icon;
         menu_ = std::move(t.menu);

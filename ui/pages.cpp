@@ -189,6 +189,20 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
     });
     for (QLineEdit* e : {hour_, minute_})
         connect(e, &QLineEdit::textEdited, this, [this] { runOptionsChanged = true; });
+    // mnu_statuslistbox (copy, save) and mnu_lisbox (copy) of the two lists.
+    statusMenu_ = new QMenu(this);
+    statusMenu_->setObjectName("mnu_statuslistbox");
+    infoMenu_ = new QMenu(this);
+    infoMenu_->setObjectName("mnu_lisbox");
+    const auto copy = [this] {
+        QApplication::clipboard()->setText(lines_of(menuList_).join("\n"));
+    };
+    QAction* copyStatus = statusMenu_->addAction("Copy", copy);
+    copyStatus->setObjectName("mnu_statuslistbox_copy");
+    QAction* save = statusMenu_->addAction("Save...", this, &RunPage::save_list);
+    save->setObjectName("mnu_statuslistbox_save");
+    QAction* copyInfo = infoMenu_->addAction("Copy", copy);
+    copyInfo->setObjectName("mnu_lisbox_copy");
     connect(status_, &QWidget::customContextMenuRequested, this,
             [this](const QPoint& at) { list_menu(status_, at, true); });
     connect(info_, &QWidget::customContextMenuRequested, this,
@@ -282,20 +296,24 @@ void RunPage::convert_all() {
 }
 
 void RunPage::list_menu(QListWidget* list, const QPoint& at, bool withSave) {
-    QMenu menu(this);
+    QMenu* menu = withSave ? statusMenu_ : infoMenu_;
+    menuList_ = list;
+    menu->exec(list->mapToGlobal(at));
+}
+
+QStringList RunPage::lines_of(const QListWidget* list) {
     QStringList lines;
-    for (int i = 0; i < list->count(); ++i) lines << list->item(i)->text();
-    menu.addAction("Copy", [lines] { QApplication::clipboard()->setText(lines.join("\n")); });
-    if (withSave)
-        menu.addAction("Save...", [this, lines] {
-            const QString file = QFileDialog::getSaveFileName(this, QString(), "status.txt",
-                                                              "Text File (*.txt);;all Files (*.*)");
-            if (file.isEmpty()) return;
-            QFile out(file);
-            if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate)) return;
-            QTextStream(&out) << lines.join("\n") << "\n";
-        });
-    menu.exec(list->mapToGlobal(at));
+    for (int i = 0; list && i < list->count(); ++i) lines << list->item(i)->text();
+    return lines;
+}
+
+void RunPage::save_list() {
+    const QString file = QFileDialog::getSaveFileName(this, QString(), "status.txt",
+                                                      "Text File (*.txt);;all Files (*.*)");
+    if (file.isEmpty()) return;
+    QFile out(file);
+    if (!out.open(QIODevice::WriteOnly | QIODevice::Truncate)) return;
+    QTextStream(&out) << lines_of(menuList_).join("\n") << "\n";
 }
 
 }  // namespace qumbrel

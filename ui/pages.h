@@ -6,6 +6,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
+#include <QPointer>
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QWidget>
@@ -83,6 +85,8 @@ class RunPage final : public Page {
     void open_files();
     void show_info(const QString& file);
     void list_menu(QListWidget* list, const QPoint& at, bool withSave);
+    void save_list();
+    static QStringList lines_of(const QListWidget* list);
 
     Program& ctx_;
     QtHost& host_;
@@ -98,6 +102,9 @@ class RunPage final : public Page {
     QLineEdit* minute_;
     QCheckBox* autostart_;
     QString lastFolder_;
+    QMenu* statusMenu_ = nullptr;
+    QMenu* infoMenu_ = nullptr;
+    QPointer<QListWidget> menuList_;  // the list whose menu is open
 };
 
 }  // namespace qumbrel

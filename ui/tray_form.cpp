@@ -29,7 +29,7 @@ bool TrayForm::start() {
     if (!form_.form_load()) return false;
     if (QSystemTrayIcon::isSystemTrayAvailable()) {
         TrayIcon t = make_tray_icon(
-            this, QApplication::style()->standardIcon(QStyle::SP_ComputerIcon),
+            ctx_, "frm_systray", this, QApplication::style()->standardIcon(QStyle::SP_ComputerIcon),
             [this] { open_window(); }, [this] { exit_program(); });
         icon_ = t.icon;
         menu_ = std::move(t.menu);

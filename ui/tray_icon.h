@@ -5,6 +5,9 @@
 #include <QSystemTrayIcon>
 #include <functional>
 #include <memory>
+#include <string>
+
+#include "frame/context.h"
 
 namespace qumbrel {
 
@@ -13,7 +16,8 @@ struct TrayIcon {
     std::unique_ptr<QMenu> menu;
 };
 
-TrayIcon make_tray_icon(QObject* owner, const QIcon& picture, const std::function<void()>& open,
-                        const std::function<void()>& exit);
+// The entries' texts come from the form's section of the language file.
+TrayIcon make_tray_icon(Program& ctx, const std::string& form, QObject* owner, const QIcon& picture,
+                        const std::function<void()>& open, const std::function<void()>& exit);
 
 }  // namespace qumbrel
