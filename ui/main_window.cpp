@@ -17,6 +17,7 @@
 #include "frame/language.h"
 #include "ui/login_dialog.h"
 #include "ui/pages.h"
+#include "ui/picture.h"
 #include "ui/prgsettings_page.h"
 #include "ui/qt_host.h"
 #include "ui/settings_page.h"
@@ -55,6 +56,14 @@ MainWindow::MainWindow(Program& ctx, QtHost& host, QWidget* parent)
     auto* bar = new QWidget(central);
     bar->setObjectName("fra_explorerbar");
     auto* links = new QVBoxLayout(bar);
+    // The program folder's logo above the links, when there is one.
+    auto* logo = new QLabel(bar);
+    logo->setObjectName("img_logo");
+    if (const auto picture = read_picture(ctx_.program_file("logo.t")))
+        logo->setPixmap(*picture);
+    else
+        logo->setVisible(false);
+    links->addWidget(logo);
     for (const Link& l : kLinks) {
         auto* b = new QPushButton(l.text, bar);
         b->setObjectName(l.name);

@@ -1,6 +1,7 @@
 #include "ui/splash.h"
 
-#include <QImageReader>
+#include "ui/picture.h"
+
 #include <QLabel>
 #include <QTimer>
 #include <QVBoxLayout>
@@ -13,13 +14,9 @@ Splash::Splash(Program& ctx, int ms, QWidget* parent)
     setModal(true);
     auto* view = new QLabel(this);
     view->setObjectName("img_splash");
-    QImageReader reader(QString::fromStdString(ctx.program_file("splash.t")));
-    reader.setDecideFormatFromContent(true);
-    // A picture of sensible size only: the file is the user's and may be anything.
-    if (reader.canRead() && reader.size().width() <= 4096 && reader.size().height() <= 4096) {
-        const QImage image = reader.read();
-        picture_ = !image.isNull();
-        if (picture_) view->setPixmap(QPixmap::fromImage(image));
+    if (const auto picture = read_picture(ctx.program_file("splash.t"))) {
+        view->setPixmap(*picture);
+        picture_ = true;
     }
     if (!picture_) {
         view->setText(QString::fromStdString(ctx.info.program_name()));

@@ -372,17 +372,24 @@ TEST_F(Windows, TheFileDialogsFiltersAndFolders) {
               dir.file("in/t.xltx"));
 }
 
-// The splash: the program folder's picture (found by content, whatever its name says), the
-// program's name without one or with a file that is no picture; closed by itself.
+// The splash and the logo: the program folder's pictures (found by content, whatever its name
+// says), the program's name without one or with a file that is no picture; closed by itself.
 TEST_F(Windows, TheSplashShowsItsPictureAndClosesByItself) {
     QImage picture(40, 20, QImage::Format_RGB32);
     picture.fill(Qt::darkBlue);
     ASSERT_TRUE(picture.save(QString::fromStdString(ctx->program_file("splash.t")), "PNG"));
     Splash shown(*ctx, 30);
     EXPECT_TRUE(shown.has_picture());
+    fs::copy_file(ctx->program_file("splash.t"), ctx->program_file("logo.t"));
+    MainWindow withLogo(*ctx, host);
+    EXPECT_FALSE(find<QLabel>(&withLogo, "img_logo")->pixmap().isNull());
     EXPECT_EQ(shown.exec(), QDialog::Accepted);
 
     testing::write_file(ctx->program_file("splash.t"), "no picture at all");
+    fs::copy_file(ctx->program_file("splash.t"), ctx->program_file("logo.t"),
+                  fs::copy_options::overwrite_existing);
+    MainWindow w(*ctx, host);  // the same picture as the logo: none
+    EXPECT_TRUE(find<QLabel>(&w, "img_logo")->isHidden());
     Splash plain(*ctx, 30);
     EXPECT_FALSE(plain.has_picture());
     EXPECT_EQ(find<QLabel>(&plain, "img_splash")->text().toStdString(), ctx->info.program_name());
@@ -449,7 +456,7 @@ TEST_F(Windows, EveryFormIsTranslatedInBothLanguages) {
             for (QObject* o : form->findChildren<QObject*>()) {
                 const std::string name = o->objectName().toStdString();
                 if (name.empty() || name.starts_with("qt_") || name == "lbl_version" ||
-                    name == "lbl_statusbar")
+                    name.starts_with("img_") || name == "lbl_statusbar")
                     continue;  // Qt's own, and texts made at run time
                 bool nested = false;
                 for (QObject* p = o->parent(); p && p != form; p = p->parent())
