@@ -164,12 +164,14 @@ void MainWindow::ShowForm(const QString& target) {
         else if (form == "frm_mdic_run") {
             auto* run = new RunPage(ctx_, host_, pages_);
             connect(run, &RunPage::automaticWanted, this, &MainWindow::start_automatic);
+            run->settleOptions = [this] { return settle_changes(false); };
+            run->statusbar = [this](const QString& line) { SetStatusbar(line); };
             page = run;
         } else if (form == "frm_mdic_info")
             page = new InfoPage(ctx_, pages_);
         else if (form == "frm_mdic_settings") {
             auto* settings = new SettingsPage(ctx_, pages_);
-            settings->status = [this](const QString& line) { SetStatusbar(line); };
+            settings->statusbar = [this](const QString& line) { SetStatusbar(line); };
             page = settings;
         } else if (form == "frm_mdic_prgsettings") {
             auto* prg = new PrgSettingsPage(ctx_, service, pages_);
@@ -245,10 +247,10 @@ void MainWindow::start_automatic() {
     }
 }
 
-bool MainWindow::settle_changes() {
+bool MainWindow::settle_changes(bool withRunPage) {
     RunPage* run = run_page();
     SettingsPage* settings = settings_page();
-    const bool runChanged = run && run->runOptionsChanged;
+    const bool runChanged = withRunPage && run && run->runOptionsChanged;
     const bool optionsChanged = settings && settings->bOptionsChanged;
     if (!runChanged && !optionsChanged) return true;
     Answer a = testAnswer;
@@ -266,8 +268,8 @@ bool MainWindow::settle_changes() {
         if (optionsChanged) settings->sub_optionSave();
     }
     if (a == Answer::No) {  // thrown away
-        if (run) run->runOptionsChanged = false;
-        if (settings) settings->sub_optioncancel();
+        if (runChanged) run->runOptionsChanged = false;
+        if (optionsChanged) settings->sub_optioncancel();
     }
     return true;
 }

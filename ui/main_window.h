@@ -54,8 +54,9 @@ class MainWindow final : public QMainWindow {
   private:
     // The unload route; true when the program may end.
     bool unload();
-    // The question about unsaved changes of the run page; false when cancelled.
-    bool settle_changes();
+    // The question about unsaved changes of the option pages (and of the run page with
+    // `withRunPage`); false when cancelled.
+    bool settle_changes(bool withRunPage = true);
     void build_title();
 
     Program& ctx_;

@@ -148,6 +148,13 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
     minute_->setObjectName("txt_optionautoshedulerminute");
     for (QLineEdit* e : {hour_, minute_})
         e->setValidator(new QRegularExpressionValidator(QRegularExpression("[0-9]*"), e));
+    filetyp_ = new QComboBox(autoFrame);
+    filetyp_->setObjectName("cmb_filetyp");
+    for (const char* k :
+         {"Display data files", "Event files", "All recorder files", "Files of the pattern below"})
+        filetyp_->addItem(k);
+    filetypuserdef_ = new QLineEdit(autoFrame);
+    filetypuserdef_->setObjectName("txt_filetypuserdef");
     autostart_ = new QCheckBox("Start with the desktop", autoFrame);
     autostart_->setObjectName("cbx_autostartwindows");
     auto* startAuto = named_button("cmd_startauto", "Start the automatic mode", autoFrame);
@@ -161,6 +168,8 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
     form->addRow(wrapped_label("lbl_day", "Day", autoFrame), day_);
     form->addRow(wrapped_label("lbl_hour", "Hour", autoFrame), hour_);
     form->addRow(wrapped_label("lbl_minute", "Minute", autoFrame), minute_);
+    form->addRow(wrapped_label("lbl_filetyp", "Files to convert", autoFrame), filetyp_);
+    form->addRow(wrapped_label("lbl_filetypuserdef", "Pattern", autoFrame), filetypuserdef_);
     form->addRow(autostart_);
     form->addRow(startAuto);
     frames_->addWidget(autoFrame);
@@ -178,6 +187,15 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
     hour_->setText(QString::fromStdString(ctx_.opt.hour));
     minute_->setText(QString::fromStdString(ctx_.opt.minute));
     scheduler_changed(scheduler_->currentIndex());
+    // A value no list entry stands for stays as it is until the user picks one.
+    filetyp_->setCurrentIndex(ctx_.opt.filetyp >= 0 && ctx_.opt.filetyp <= 3 ? ctx_.opt.filetyp
+                                                                             : -1);
+    filetypuserdef_->setText(QString::fromStdString(ctx_.opt.filetypuserdef));
+    filetypuserdef_->setEnabled(ctx_.opt.filetyp == 3);
+    {
+        std::error_code ec;
+        autostart_->setChecked(std::filesystem::exists(autostart_entry_path(ctx_), ec));
+    }
 
     connect(open, &QPushButton::clicked, this, &RunPage::open_files);
     connect(start_, &QPushButton::clicked, this, &RunPage::convert_all);
@@ -187,8 +205,13 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
         scheduler_changed(k);
         runOptionsChanged = true;
     });
-    for (QLineEdit* e : {hour_, minute_})
+    for (QLineEdit* e : {hour_, minute_, filetypuserdef_})
         connect(e, &QLineEdit::textEdited, this, [this] { runOptionsChanged = true; });
+    connect(filetyp_, &QComboBox::currentIndexChanged, this, [this](int k) {
+        filetypuserdef_->setEnabled(k == 3);
+        runOptionsChanged = true;
+    });
+    connect(autostart_, &QCheckBox::toggled, this, [this] { runOptionsChanged = true; });
     // mnu_statuslistbox (copy, save) and mnu_lisbox (copy) of the two lists.
     statusMenu_ = new QMenu(this);
     statusMenu_->setObjectName("mnu_statuslistbox");
@@ -223,15 +246,20 @@ void RunPage::scheduler_changed(int kind) {
 }
 
 void RunPage::sub_optionSave() {
+    if (statusbar) statusbar("save data...");
     Options v = ctx_.opt;
     v.sheduler = scheduler_->currentIndex();
     v.day = day_->currentIndex();
     v.hour = hour_->text().toStdString();
     v.minute = minute_->text().toStdString();
+    if (filetyp_->currentIndex() >= 0) v.filetyp = filetyp_->currentIndex();
+    v.filetypuserdef = filetypuserdef_->text().toStdString();
+    if (statusbar) statusbar("save option data...");
     fkt_saveoption_run(ctx_, v);
     ctx_.opt = v;
     fkt_reg_autostart(ctx_, autostart_->isChecked());
     runOptionsChanged = false;
+    if (statusbar) statusbar("");
 }
 
 void RunPage::open_files() {
@@ -280,6 +308,8 @@ void RunPage::show_info(const QString& file) {
 }
 
 void RunPage::convert_all() {
+    // Changed data options first: saved, thrown away, or no conversion.
+    if (settleOptions && !settleOptions()) return;
     host_.set_status_list(status_);
     host_.set_status_list_up(true);
     status_->clear();

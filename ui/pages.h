@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QStackedWidget>
 #include <QWidget>
+#include <functional>
 
 #include "frame/context.h"
 
@@ -73,6 +74,10 @@ class RunPage final : public Page {
     QListWidget* status() const { return status_; }
     QListWidget* info() const { return info_; }
     bool runOptionsChanged = false;
+    // Asked before a manual conversion about changed data options; false cancels it.
+    std::function<bool()> settleOptions;
+    // Where the status lines of a save go (the main window's status bar).
+    std::function<void(const QString&)> statusbar;
 
   signals:
     void automaticWanted();
@@ -100,6 +105,8 @@ class RunPage final : public Page {
     QComboBox* day_;
     QLineEdit* hour_;
     QLineEdit* minute_;
+    QComboBox* filetyp_;
+    QLineEdit* filetypuserdef_;
     QCheckBox* autostart_;
     QString lastFolder_;
     QMenu* statusMenu_ = nullptr;

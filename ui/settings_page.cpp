@@ -505,7 +505,7 @@ Options SettingsPage::from_screen() const {
 }
 
 void SettingsPage::say(const QString& line) {
-    if (status) status(line);
+    if (statusbar) statusbar(line);
 }
 
 bool SettingsPage::sub_optionSave() {

@@ -38,7 +38,7 @@ class SettingsPage final : public Page {
     bool bOptionsChanged = false;
 
     // Where the status lines of a save go (the main window's status bar).
-    std::function<void(const QString&)> status;
+    std::function<void(const QString&)> statusbar;
 
   private:
     QWidget* files_frame();

@@ -307,7 +307,7 @@ TEST_F(OptionPages, UnsavedChangesAreAskedAboutOnClose) {
     ASSERT_TRUE(w.settings_page()->bOptionsChanged);
     w.testAnswer = MainWindow::Answer::Yes;
     QStringList said;
-    w.settings_page()->status = [&](const QString& s) { said << s; };
+    w.settings_page()->statusbar = [&](const QString& s) { said << s; };
     EXPECT_TRUE(w.close());
     EXPECT_EQ(key("file", "almlsuffix"), "_x");
     EXPECT_EQ(said.mid(0, 4), (QStringList{"save data...", "reload data...",

@@ -24,6 +24,8 @@ class Windows : public ::testing::Test {
   protected:
     Windows() {
         ::setenv("QUMBREL_RECLIB_PATH", QUMBREL_BIN_DIR, 1);
+        // The autostart entry of the run page goes below this test's folder.
+        ::setenv("XDG_CONFIG_HOME", dir.file("config").c_str(), 1);
         ProgramInfo info;
         info.folder = dir.path();
         ctx = std::make_unique<Program>(info, host, clock, events,

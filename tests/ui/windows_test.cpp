@@ -20,12 +20,14 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include <QCheckBox>
 #include <QClipboard>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QImage>
 #include <QMenu>
 #include <QTimer>
+#include "automation/autostart.h"
 #include "frame/clock.h"
 #include "frame/ini.h"
 #include "frame/language.h"
@@ -37,6 +39,7 @@
 #include "ui/oneshot_form.h"
 #include "ui/pages.h"
 #include "ui/qt_host.h"
+#include "ui/settings_page.h"
 #include "ui/splash.h"
 #include "ui/tray_form.h"
 
@@ -222,6 +225,60 @@ TEST_F(Windows, TheStatusListIsCopiedAndSaved) {
     emit run->status()->customContextMenuRequested(QPoint(5, 5));
     EXPECT_TRUE(suggested.endsWith("status.txt")) << suggested.toStdString();
     EXPECT_EQ(testing::read_file(saved.toStdString()), "Start\na.oge\nFinished.\n");
+}
+
+// Changed data options are asked about before a manual conversion: Cancel converts
+// nothing, Yes saves them and the conversion follows them.
+TEST_F(Windows, AManualConversionAsksAboutChangedOptionsFirst) {
+    const std::string a = make_vt("a.oge");
+    MainWindow w(*ctx, host);
+    w.show();
+    w.ShowForm("frm_mdic_settings fra_properties");
+    QLineEdit* extension = find<QLineEdit>(&w, "txt_fileextension");
+    extension->selectAll();
+    QTest::keyClicks(extension, "txt");
+    w.ShowForm("frm_mdic_run fra_manu");
+    RunPage* run = w.run_page();
+    run->add_files({QString::fromStdString(a)});
+    w.testAnswer = MainWindow::Answer::Cancel;
+    QTest::mouseClick(find<QAbstractButton>(run, "cmd_manuconvertstart"), Qt::LeftButton);
+    EXPECT_EQ(run->files()->count(), 1);
+    EXPECT_TRUE(fs::is_empty(dir.file("out")));
+    w.testAnswer = MainWindow::Answer::Yes;
+    QTest::mouseClick(find<QAbstractButton>(run, "cmd_manuconvertstart"), Qt::LeftButton);
+    EXPECT_EQ(
+        clsINI(ctx->run.strOptionFile).GetKeyValue("file", "fileextension", {}, std::string()),
+        "txt");
+    EXPECT_TRUE(fs::exists(dir.file("out/a.txt")));
+    EXPECT_FALSE(w.settings_page()->bOptionsChanged);
+}
+
+// The files the automatic mode looks for, and the desktop autostart entry, saved with the
+// run page; the pattern box only for the user's pattern.
+TEST_F(Windows, FileKindsAndAutostartOfTheAutomaticMode) {
+    MainWindow w(*ctx, host);
+    w.show();
+    w.ShowForm("frm_mdic_run fra_auto");
+    auto* kind = find<QComboBox>(&w, "cmb_filetyp");
+    QLineEdit* pattern = find<QLineEdit>(&w, "txt_filetypuserdef");
+    EXPECT_FALSE(pattern->isEnabled());
+    kind->setCurrentIndex(3);
+    EXPECT_TRUE(pattern->isEnabled());
+    pattern->selectAll();
+    QTest::keyClicks(pattern, "*.kle");
+    find<QAbstractButton>(&w, "cbx_autostartwindows")->click();
+    EXPECT_TRUE(w.run_page()->runOptionsChanged);
+    w.run_page()->sub_optionSave();
+    clsINI ini(ctx->run.strOptionFile);
+    EXPECT_EQ(ini.GetKeyValue("start", "filetyp", {}, std::string()), "3");
+    EXPECT_EQ(ini.GetKeyValue("start", "filetypuserdef", {}, std::string()), "*.kle");
+    EXPECT_TRUE(fs::exists(autostart_entry_path(*ctx)));
+
+    MainWindow again(*ctx, host);
+    again.ShowForm("frm_mdic_run fra_auto");
+    EXPECT_EQ(find<QComboBox>(&again, "cmb_filetyp")->currentIndex(), 3);
+    EXPECT_TRUE(find<QCheckBox>(&again, "cbx_autostartwindows")->isChecked());
+    EXPECT_FALSE(again.run_page()->runOptionsChanged);
 }
 
 TEST_F(Windows, ScheduleInputsByKindAndDigitsOnly) {
