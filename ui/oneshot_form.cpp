@@ -5,7 +5,10 @@
 #include <QApplication>
 #include <QEventLoop>
 #include <QStyle>
+#include <QThread>
 #include <QTimer>
+#include <QWidget>
+#include <chrono>
 
 namespace qumbrel {
 
@@ -27,6 +30,18 @@ int OneShotForm::run() {
     const int status = convert_(ctx_);
     const bool hadIcon = icon_ != nullptr;
     remove_icon();
+    // An alert of the conversion is read before the program ends: it closes by itself
+    // after its seconds, or when clicked.
+    const auto alertShown = [] {
+        for (QWidget* w : QApplication::topLevelWidgets())
+            if (w->objectName() == "frm_alert" && w->isVisible()) return true;
+        return false;
+    };
+    const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(alertWaitMs);
+    while (alertShown() && std::chrono::steady_clock::now() < until) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        QThread::msleep(20);
+    }
     if (hadIcon && !windowWanted_ && !exitWanted_) {
         QEventLoop wait;
         QTimer::singleShot(endWaitMs, &wait, &QEventLoop::quit);

@@ -20,12 +20,14 @@ class OneShotForm final : public QObject {
     OneShotForm(Program& ctx, Conversion convert, QObject* parent = nullptr);
 
     // Form load: the icon, the conversion, the icon removed and, when an icon was shown,
-    // 3 seconds before the end (none when the window was asked for or the exit chosen).
+    // 3 seconds before the end (none when the window was asked for or the exit chosen);
+    // an alert still open is waited for.
     // The conversion's exit status.
     int run();
     bool has_icon() const { return icon_ != nullptr; }
     bool window_wanted() const { return windowWanted_; }
     int endWaitMs = 3000;
+    int alertWaitMs = 600000;  // the longest an open alert keeps the program
 
     // mnu_systray_option and the double click; mnu_systray_exit.
     void open_window();

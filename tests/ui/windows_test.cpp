@@ -476,6 +476,18 @@ TEST_F(Windows, TheOneShotFormConvertsAndHandsOverToTheWindow) {
     QObject::connect(&handing, &OneShotForm::windowWanted, [&] { windowShown = true; });
     EXPECT_EQ(handing.run(), 0);
     EXPECT_TRUE(windowShown);
+
+    // An alert of the conversion is waited for: it is gone when the form ends.
+    AlertRequest alert;
+    alert.text = "This file has already been converted";
+    alert.seconds = 1;
+    OneShotForm alerting(*ctx, [&](Program&) {
+        host.show_alert(alert);
+        return 0;
+    });
+    EXPECT_EQ(alerting.run(), 0);
+    for (QWidget* top : QApplication::topLevelWidgets())
+        EXPECT_FALSE(top->objectName() == "frm_alert" && top->isVisible());
     EXPECT_TRUE(handing.window_wanted());
     EXPECT_TRUE(fs::exists(dir.file("out/b.csv")));
 }
