@@ -51,9 +51,8 @@ int check_template(const std::string& path) {
         std::string file;
         ~Remove() {
             std::error_code ec;
-            // A scratch copy of our own in /tmp, never a report or a source: outside the
-            // file layer on purpose.
-            if (!file.empty()) std::filesystem::remove(file, ec);
+            if (!file.empty())
+                std::filesystem::remove(file, ec);  // our scratch in /tmp: no file layer
         }
     } converted;
     if (legacy(path)) {
@@ -68,8 +67,7 @@ int check_template(const std::string& path) {
         char scratch[] = "/tmp/qumbrel-check-XXXXXX";
         if (const int fd = ::mkstemp(scratch); fd >= 0) ::close(fd);
         converted.file = std::string(scratch) + ".xlsm";
-        // Our scratch name in /tmp, not a report or a source (no file layer needed).
-        std::filesystem::rename(scratch, converted.file);
+        std::filesystem::rename(scratch, converted.file);  // our scratch in /tmp: no file layer
         const OfficeResult r = office.run({"convert", path, converted.file});
         if (r.exitCode != 0) {
             std::fprintf(stderr, "qumbrel: %s: %s\n", path.c_str(),

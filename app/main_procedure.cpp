@@ -14,6 +14,7 @@
 #include "app/instance_lock.h"
 #include "app/program_folder.h"
 #include "automation/automatic_run.h"
+#include "frame/apifile.h"
 #include "frame/commandline.h"
 #include "frame/headless_host.h"
 #include "frame/language.h"
@@ -28,11 +29,6 @@
 namespace qumbrel {
 
 namespace {
-
-bool exists(const std::string& p) {
-    std::error_code ec;
-    return !p.empty() && std::filesystem::exists(p, ec);
-}
 
 // Main's error trap: error 53 gets its own message, any other is reported as "Main()";
 // either way start-up resumes behind the failing step.
@@ -89,7 +85,7 @@ StartMode Main(Program& ctx, const std::vector<std::string>& tokens) {
     guarded(ctx, 5, [&] { apply_command_tokens(ctx, tokens); });
     guarded(ctx, 6, [&] {
         const std::string debugFile = ctx.program_file(ctx.info.baseName + "DEBUG.ini");
-        ctx.run.strOptionFile = is_set(ctx.run.bDebug) && exists(debugFile)
+        ctx.run.strOptionFile = is_set(ctx.run.bDebug) && PathFileExists(debugFile)
                                     ? debugFile
                                     : ctx.program_file(ctx.info.baseName + ".ini");
     });
@@ -104,7 +100,7 @@ StartMode Main(Program& ctx, const std::vector<std::string>& tokens) {
                          std::string("Qumbrel started via commands (Service:") +
                              (is_set(ctx.run.bStartsFromService) ? "True" : "False") + ")",
                          kFalse, 2);
-            if (exists(ctx.run.strSourceFile)) {
+            if (PathFileExists(ctx.run.strSourceFile)) {
                 mode = StartMode::OneShot;
             } else {
                 report_plain(ctx, fkt_translate(ctx, "filenotexist") + " " + ctx.run.strSourceFile);
@@ -115,7 +111,7 @@ StartMode Main(Program& ctx, const std::vector<std::string>& tokens) {
     }
     if (ctx.opt.autostart == 1) {
         guarded(ctx, 12, [&] {
-            if (exists(ctx.opt.sourcepath)) {
+            if (PathFileExists(ctx.opt.sourcepath)) {
                 mode = StartMode::Automatic;
             } else {
                 const std::string text = fkt_translate(ctx, "Pathnotexist");
@@ -138,7 +134,7 @@ int run_one_shot(Program& ctx) {
                        .failed()
                    ? 1
                    : 0;
-    if (ctx.opt.targetpathRaw.find('$') != std::string::npos || exists(ctx.opt.targetpath))
+    if (ctx.opt.targetpathRaw.find('$') != std::string::npos || PathFileExists(ctx.opt.targetpath))
         return fkt_convertmain(ctx, r.strSourceFile, r.strSubfolder, "", interactive).failed() ? 1
                                                                                                : 0;
     if (ctx.opt.targetpath.empty())

@@ -27,7 +27,8 @@ void provide_language_files(const ProgramLocation& loc) {
         if (!fs::exists(target, copyError))
             // Shipped language files into the program folder at start-up, before any
             // Program (and its file layer) exists; a failed copy only leaves texts English.
-            fs::copy_file(f, target, fs::copy_options::skip_existing, copyError);
+            fs::copy_file(f, target, fs::copy_options::skip_existing,
+                          copyError);  // before any Program: no file layer yet
     }
 }
 

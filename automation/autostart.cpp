@@ -27,7 +27,7 @@ void fkt_reg_autostart(Program& ctx, bool enable, const std::string& program) {
         if (!enable) {
             // The desktop entry is a setting, not a report or a source: a failure is
             // reported below, nothing of the user's data is at stake.
-            fs::remove(path, ec);
+            fs::remove(path, ec);  // a setting, no user data: no file layer
             if (ec) throw VbError(errnum::kPathFileAccessError, path + ": " + ec.message());
             return;
         }
@@ -42,7 +42,7 @@ void fkt_reg_autostart(Program& ctx, bool enable, const std::string& program) {
             if (!entry) throw VbError(errnum::kPathFileAccessError, "cannot write " + temp);
         }
         // The entry appears whole (a setting of ours, not a report: no file layer).
-        fs::rename(temp, path, ec);
+        fs::rename(temp, path, ec);  // a setting, no user data: no file layer
         if (ec) throw VbError(errnum::kPathFileAccessError, path + ": " + ec.message());
     } catch (...) {
         report_trapped(ctx, "fkt_reg_autostart()", 0);

@@ -125,7 +125,7 @@ int fkt_svcinstall(ServiceControl& s, std::string* why) {
         }
     }
     // The unit file is a setting, not a report or a source; its failure is returned.
-    fs::rename(temp, path, ec);
+    fs::rename(temp, path, ec);  // the unit, a setting: no file layer
     if (ec) {
         if (why) *why = "cannot write " + path + ": " + ec.message();
         return ec.value();
@@ -143,7 +143,7 @@ int fkt_svcuninstall(ServiceControl& s, std::string* why) {
     call(s, {"disable", kServiceUnit}, nullptr);
     std::error_code ec;
     // The unit file of our own install; its failure is returned.
-    fs::remove(unit_path(s), ec);
+    fs::remove(unit_path(s), ec);  // the unit, a setting: no file layer
     if (ec) {
         if (why) *why = "cannot remove " + unit_path(s) + ": " + ec.message();
         return ec.value();

@@ -242,4 +242,9 @@ bool Cls_APIFile::MakeFolderTree(const std::string& path) {
     return fs::is_directory(path, ec);
 }
 
+bool PathFileExists(const std::string& path) {
+    std::error_code ec;
+    return !path.empty() && fs::exists(path, ec);
+}
+
 }  // namespace qumbrel

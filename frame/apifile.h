@@ -60,4 +60,8 @@ class Cls_APIFile {
     std::string collision_free(const std::string& target) const;
 };
 
+// The platform's PathFileExists: a file or folder of that name exists (an empty path
+// never does; an error reads as "no").
+bool PathFileExists(const std::string& path);
+
 }  // namespace qumbrel

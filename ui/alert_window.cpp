@@ -1,5 +1,6 @@
 #include "ui/alert_window.h"
 
+#include <QApplication>
 #include <QTimer>
 
 namespace qumbrel {
@@ -20,6 +21,12 @@ AlertWindow::AlertWindow(const AlertRequest& alert, QWidget* parent) : QLabel(pa
 
 void AlertWindow::mousePressEvent(QMouseEvent*) {
     close();
+}
+
+bool AlertWindow::any_open() {
+    for (QWidget* w : QApplication::topLevelWidgets())
+        if (qobject_cast<AlertWindow*>(w) && w->isVisible()) return true;
+    return false;
 }
 
 }  // namespace qumbrel

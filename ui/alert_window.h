@@ -11,6 +11,8 @@ class AlertWindow final : public QLabel {
     Q_OBJECT
   public:
     explicit AlertWindow(const AlertRequest& alert, QWidget* parent = nullptr);
+    // An alert window is on the screen.
+    static bool any_open();
 
   protected:
     void mousePressEvent(QMouseEvent* event) override;

@@ -1,5 +1,6 @@
 #include "ui/oneshot_form.h"
 
+#include "ui/alert_window.h"
 #include "ui/tray_icon.h"
 
 #include <QApplication>
@@ -7,7 +8,6 @@
 #include <QStyle>
 #include <QThread>
 #include <QTimer>
-#include <QWidget>
 #include <chrono>
 
 namespace qumbrel {
@@ -32,13 +32,8 @@ int OneShotForm::run() {
     remove_icon();
     // An alert of the conversion is read before the program ends: it closes by itself
     // after its seconds, or when clicked.
-    const auto alertShown = [] {
-        for (QWidget* w : QApplication::topLevelWidgets())
-            if (w->objectName() == "frm_alert" && w->isVisible()) return true;
-        return false;
-    };
     const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(alertWaitMs);
-    while (alertShown() && std::chrono::steady_clock::now() < until) {
+    while (AlertWindow::any_open() && std::chrono::steady_clock::now() < until) {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
         QThread::msleep(20);
     }

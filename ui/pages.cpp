@@ -28,11 +28,6 @@
 namespace qumbrel {
 namespace {
 
-bool exists(const std::string& path) {
-    std::error_code ec;
-    return !path.empty() && std::filesystem::exists(path, ec);
-}
-
 QLabel* wrapped_label(const QString& name, const QString& text, QWidget* parent) {
     QLabel* l = named_label(name, text, parent);
     l->setWordWrap(true);
@@ -73,12 +68,15 @@ HomePage::HomePage(Program& ctx, QWidget* parent) : Page(parent), ctx_(ctx) {
 void HomePage::sub_checkallpath() {
     const Options& o = ctx_.opt;
     bool missing = false;
-    if (o.targetpathRaw.find('$') == std::string::npos && !exists(o.targetpath)) missing = true;
-    if (o.targetpathsourcefileRaw.find('$') == std::string::npos && !exists(o.targetpathsourcefile))
+    if (o.targetpathRaw.find('$') == std::string::npos && !PathFileExists(o.targetpath))
         missing = true;
-    if (!exists(o.sourcepath)) missing = true;
-    if (o.targetformat == 2 && !exists(o.excelsourcefile)) missing = true;
-    if (o.excelsourcefilealarmseparate == "1" && !exists(o.excelsourcefilealarm)) missing = true;
+    if (o.targetpathsourcefileRaw.find('$') == std::string::npos &&
+        !PathFileExists(o.targetpathsourcefile))
+        missing = true;
+    if (!PathFileExists(o.sourcepath)) missing = true;
+    if (o.targetformat == 2 && !PathFileExists(o.excelsourcefile)) missing = true;
+    if (o.excelsourcefilealarmseparate == "1" && !PathFileExists(o.excelsourcefilealarm))
+        missing = true;
     pathErrors_->setVisible(missing);
 }
 
@@ -192,10 +190,7 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
                                                                              : -1);
     filetypuserdef_->setText(QString::fromStdString(ctx_.opt.filetypuserdef));
     filetypuserdef_->setEnabled(ctx_.opt.filetyp == 3);
-    {
-        std::error_code ec;
-        autostart_->setChecked(std::filesystem::exists(autostart_entry_path(ctx_), ec));
-    }
+    autostart_->setChecked(PathFileExists(autostart_entry_path(ctx_)));
 
     connect(open, &QPushButton::clicked, this, &RunPage::open_files);
     connect(start_, &QPushButton::clicked, this, &RunPage::convert_all);
@@ -227,9 +222,9 @@ RunPage::RunPage(Program& ctx, QtHost& host, QWidget* parent)
     QAction* copyInfo = infoMenu_->addAction("Copy", copy);
     copyInfo->setObjectName("mnu_lisbox_copy");
     connect(status_, &QWidget::customContextMenuRequested, this,
-            [this](const QPoint& at) { list_menu(status_, at, true); });
+            [this](const QPoint& at) { list_menu(statusMenu_, status_, at); });
     connect(info_, &QWidget::customContextMenuRequested, this,
-            [this](const QPoint& at) { list_menu(info_, at, false); });
+            [this](const QPoint& at) { list_menu(infoMenu_, info_, at); });
     translate_widget(ctx_, this);
 }
 
@@ -325,8 +320,7 @@ void RunPage::convert_all() {
     start_->setEnabled(false);
 }
 
-void RunPage::list_menu(QListWidget* list, const QPoint& at, bool withSave) {
-    QMenu* menu = withSave ? statusMenu_ : infoMenu_;
+void RunPage::list_menu(QMenu* menu, QListWidget* list, const QPoint& at) {
     menuList_ = list;
     menu->exec(list->mapToGlobal(at));
 }

@@ -89,7 +89,7 @@ class RunPage final : public Page {
   private:
     void open_files();
     void show_info(const QString& file);
-    void list_menu(QListWidget* list, const QPoint& at, bool withSave);
+    void list_menu(QMenu* menu, QListWidget* list, const QPoint& at);
     void save_list();
     static QStringList lines_of(const QListWidget* list);
 

@@ -7,8 +7,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QVBoxLayout>
-#include <filesystem>
 
+#include "frame/apifile.h"
 #include "frame/log.h"
 #include "frame/options_io.h"
 #include "frame/vbformat.h"
@@ -90,11 +90,6 @@ QWidget* row_of(QWidget* parent, std::initializer_list<QWidget*> widgets) {
     layout->setContentsMargins(0, 0, 0, 0);
     for (QWidget* w : widgets) layout->addWidget(w, qobject_cast<QLineEdit*>(w) ? 1 : 0);
     return row;
-}
-
-bool path_exists(const QString& path) {
-    std::error_code ec;
-    return !path.isEmpty() && std::filesystem::exists(path.toStdString(), ec);
 }
 
 void paint(QLineEdit* box, bool red) {
@@ -240,14 +235,12 @@ QWidget* SettingsPage::report_frame() {
     form->addRow(named_label("lbl_targetformat", "Report format", f), targetformat_);
     const QString excelFilter = "Excel File (*.xlt* *.xls*)";
     QLineEdit* templ = line("txt_excelsourcefile", f);
-    labels_ << named_label("lbl_excelsourcefile", "Template", f);
-    form->addRow(labels_.back(),
+    form->addRow(named_label("lbl_excelsourcefile", "Template", f),
                  row_of(f, {templ, browse("cmd_excelsourcefile", templ, false, excelFilter)}));
     form->addRow(check("cbx_runexcelmakro", "Run the macro Qumbrel of the template", f));
     form->addRow(check("cbx_excelsourcefileAlarm", "Alarms and messages in a second workbook", f));
     QLineEdit* alarm = line("txt_excelsourcefilealarm", f);
-    labels_ << named_label("lbl_excelsourcefilealarm", "Template of the second workbook", f);
-    form->addRow(labels_.back(),
+    form->addRow(named_label("lbl_excelsourcefilealarm", "Template of the second workbook", f),
                  row_of(f, {alarm, browse("cmd_excelsourcefilealarm", alarm, false, excelFilter)}));
     form->addRow(named_label("lbl_almlsuffix", "Name suffix of the second workbook", f),
                  line("txt_almlsuffix", f));
@@ -260,10 +253,10 @@ QWidget* SettingsPage::report_frame() {
                  row_of(f, {name, elements("cmd_targetnamemenu", name)}));
     form->addRow(
         check("cbx_sourcenamesametarget", "A moved source file takes the report's name", f));
-    labels_ << named_label("lbl_fileextension", "Extension of CSV reports", f);
-    form->addRow(labels_.back(), line("txt_fileextension", f));
-    labels_ << named_label("lbl_rowcol", "First cell: row and column", f);
-    form->addRow(labels_.back(), row_of(f, {line("txt_row", f), line("txt_col", f)}));
+    form->addRow(named_label("lbl_fileextension", "Extension of CSV reports", f),
+                 line("txt_fileextension", f));
+    form->addRow(named_label("lbl_rowcol", "First cell: row and column", f),
+                 row_of(f, {line("txt_row", f), line("txt_col", f)}));
     // A recorder file's information beside the name elements it gives.
     auto* sample = named_button("cmd_samplefile", "Sample file...", f);
     sample_ = new QListWidget(f);
@@ -325,8 +318,7 @@ QWidget* SettingsPage::options_frame() {
     auto* h = new QHBoxLayout(channelRow);
     h->setContentsMargins(0, 0, 0, 0);
     for (QWidget* w : row) h->addWidget(w, w == channels ? 1 : 0);
-    labels_ << named_label("lbl_channels", "Channels", f);
-    form->addRow(labels_.back(), channelRow);
+    form->addRow(named_label("lbl_channels", "Channels", f), channelRow);
     return f;
 }
 
@@ -349,10 +341,10 @@ QWidget* SettingsPage::printing_frame() {
     }
     form->addRow(check("cbx_printfile", "Print on", f), printer_[0]);
     form->addRow(check("cbx_printfile2", "Print also on", f), printer_[1]);
-    labels_ << named_label("lbl_printerorientation", "Orientation", f);
     orientation_[0] = option("opt_printerorientation", 0, "Portrait", f);
     orientation_[1] = option("opt_printerorientation", 1, "Landscape", f);
-    form->addRow(labels_.back(), row_of(f, {orientation_[0], orientation_[1]}));
+    form->addRow(named_label("lbl_printerorientation", "Orientation", f),
+                 row_of(f, {orientation_[0], orientation_[1]}));
     QLineEdit* pages = line("txt_printpage", f);
     auto* pipe = named_button("cmd_printpageaddpipe", "|", f);
     connect(pipe, &QPushButton::clicked, this, [pages] {
@@ -408,11 +400,13 @@ void SettingsPage::sub_checkallpath() {
         paint(boxes_[n], false);
     for (const char* n : {"txt_targetpath", "txt_targetpathsourcefile"}) {
         const QString t = boxes_[n]->text();
-        if (!t.contains('$') && !path_exists(t)) paint(boxes_[n], true);
+        if (!t.contains('$') && !PathFileExists(t.toStdString())) paint(boxes_[n], true);
     }
-    if (!path_exists(boxes_["txt_sourcepath"]->text())) paint(boxes_["txt_sourcepath"], true);
+    if (!PathFileExists(boxes_["txt_sourcepath"]->text().toStdString()))
+        paint(boxes_["txt_sourcepath"], true);
     for (const char* n : {"txt_excelsourcefile", "txt_excelsourcefilealarm"})
-        if (boxes_[n]->isEnabled() && !path_exists(boxes_[n]->text())) paint(boxes_[n], true);
+        if (boxes_[n]->isEnabled() && !PathFileExists(boxes_[n]->text().toStdString()))
+            paint(boxes_[n], true);
 }
 
 void SettingsPage::load_to_screen() {

@@ -67,7 +67,6 @@ class SettingsPage final : public Page {
     QComboBox* targetformat_ = nullptr;
     QComboBox* targetname_ = nullptr;
     QComboBox* printer_[2]{};
-    QList<QWidget*> labels_;
     QListWidget* sample_ = nullptr;
     bool loading_ = false;
 };

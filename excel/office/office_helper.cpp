@@ -69,7 +69,7 @@ OfficeHelper::~OfficeHelper() {
     if (profile_.empty()) return;
     std::error_code ec;
     // The private LibreOffice profile this helper made in the temporary folder.
-    fs::remove_all(profile_, ec);
+    fs::remove_all(profile_, ec);  // our private profile, no user data: no file layer
 }
 
 bool OfficeHelper::available() const {
@@ -256,7 +256,8 @@ OfficeResult OfficeHelper::run(const std::vector<std::string>& args) {
             std::error_code ec;
             if (file.is_absolute() && file.has_filename())
                 // Only the office suite's own lock file, never a document.
-                fs::remove(file.parent_path() / (".~lock." + file.filename().string() + "#"), ec);
+                fs::remove(file.parent_path() / (".~lock." + file.filename().string() + "#"),
+                           ec);  // a lock file, no document: no file layer
         }
         r.err = "LibreOffice did not finish within " + std::to_string(limit_.count()) +
                 " s and was stopped";

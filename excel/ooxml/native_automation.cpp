@@ -253,7 +253,7 @@ class NativeAutomation final : public ExcelAutomation {
         for (std::string* f : {&scratch_, &working_}) {
             if (f->empty()) continue;
             // The session's scratch and working copies, never the report or the template.
-            std::filesystem::remove(*f, ec);
+            std::filesystem::remove(*f, ec);  // session copies: no file layer
             f->clear();
         }
     }
